@@ -1,0 +1,82 @@
+#include "core/math/MeshEigenEdgeInfo.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using Key = std::array<double, 3>;
+
+constexpr double kEqualsNothing = std::numeric_limits<double>::quiet_NaN();
+
+Key KeyOfPoint(const Eigen::Vector3f& point)
+{
+    // Adding 0 turns -0 into 0, so that equal keys are equal bits and hash alike.
+    if (!point.allFinite())
+        return {kEqualsNothing, kEqualsNothing, kEqualsNothing};
+    return {double(point.x()) + 0.0, double(point.y()) + 0.0, double(point.z()) + 0.0};
+}
+
+// Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds.
+Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, double tolerance)
+{
+    Key key;
+    for (int axis = 0; axis < 3; ++axis)
+        key[size_t(axis)] = std::round((double(point[axis]) - double(boxMin[axis])) / tolerance) + 0.0;
+    return key;
+}
+
+uint64_t HashOf(const Key& key)
+{
+    uint64_t hash = 0;
+    for (const double value : key) {
+        uint64_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        hash = (hash ^ bits) * 0x9E3779B97F4A7C15u;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
+} // namespace
+
+void MeshEigenEdgeInfo::init(const Eigen::Vector3f* p, const Eigen::Vector3f* q)
+{
+    m_start = KeyOfPoint(*p);
+    m_end = KeyOfPoint(*q);
+}
+
+bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& boxMin,
+                               float tolerance)
+{
+    const bool hasGrid = tolerance > 0 && std::isfinite(tolerance) && boxMin.allFinite();
+    if (hasGrid && a.allFinite() && b.allFinite()) {
+        m_start = KeyOfCell(a, boxMin, double(tolerance));
+        m_end = KeyOfCell(b, boxMin, double(tolerance));
+        if (m_start != m_end)
+            return true;
+    }
+    m_start.fill(kEqualsNothing);
+    m_end.fill(kEqualsNothing);
+    return false;
+}
+
+bool MeshEigenEdgeInfo::isSameEdge(const MeshEigenEdgeInfo& other) const
+{
+    return isOppositeEdge(other) || (m_start == other.m_start && m_end == other.m_end);
+}
+
+bool MeshEigenEdgeInfo::isOppositeEdge(const MeshEigenEdgeInfo& other) const
+{
+    return m_start == other.m_end && m_end == other.m_start;
+}
+
+int MeshEigenEdgeInfo::getHashValue(int tableSize) const
+{
+    // A sum does not depend on the order of its parts: both directions of an edge hash alike.
+    uint64_t hash = (HashOf(m_start) + HashOf(m_end)) * 0xD6E8FEB86659FD93u;
+    hash ^= hash >> 32;
+    return int(hash % uint64_t(tableSize));
+}
