@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include "core/common/ClearedByMove.h"
 #include "core/common/OnDemand.h"
 #include "core/math/Matrix4.h"
 #include "core/math/TriangleFace.h"
@@ -21,20 +22,26 @@ struct MeshBoundingBox {
 
 /// One triangle mesh: the lists that readers fill and writers walk, with the identity data of its object.
 ///
-/// Lengths are in the unit of the file that the mesh came from, millimetres where the format names none. Indices
-/// count from 0. The face and vertex counts stand apart from the lists: writers walk GetFaceNum() faces.
+/// Lengths are in the unit of the file that the mesh came from, millimetres where the format names none.
+/// Indices count from 0. The face and vertex counts stand apart from the lists: writers walk GetFaceNum()
+/// faces.
 ///
-/// Different meshes may be used from different threads at once. Of one mesh all const operations may run at once;
-/// nothing else may run beside a non-const operation.
+/// A mesh can be copied and moved. A mesh that was moved from is empty, with both counts 0, as after
+/// Cleanup(), and may be filled again.
+///
+/// Different meshes may be used from different threads at once. Of one mesh all const operations may run at
+/// once; nothing else may run beside a non-const operation.
 class KRCORE_MESH_EXPORT Mesh {
 public:
     /// An empty mesh with the identity transform, object id and components id -1.
-    /// @param mergeDistanceMm distance within which the first switch of PostProcess() merges vertices; readers
+    /// @param mergeDistanceMm distance within which the first switch of PostProcess() merges vertices;
+    /// readers
     ///        pass 0.03 and never set that switch
     explicit Mesh(float mergeDistanceMm);
 
-    /// The lists, to be filled or read in place. The pointers stay valid as long as the mesh and are never null.
-    /// Texture faces index the texture coordinates and stand beside the faces one for one; nothing checks them.
+    /// The lists, to be filled or read in place. The pointers stay valid as long as the mesh and are never
+    /// null. Texture faces index the texture coordinates and stand beside the faces one for one; nothing
+    /// checks them.
     std::vector<Vector3D<float>>* GetVerticesVecPtr() { return &m_vertices; }
     const std::vector<Vector3D<float>>* GetVerticesVecPtr() const { return &m_vertices; }
     std::vector<TriangleFace>* GetFacesVecPtr() { return &m_faces; }
@@ -50,29 +57,43 @@ public:
     int GetVertexNum() const { return m_vertexCount; }
 
     /// Appends vertices and faces, the indices as given, and sets both counts to the lists' sizes.
-    void AddVertexAndFaces(const std::vector<Vector3D<float>>& vertices, const std::vector<TriangleFace>& faces);
+    void AddVertexAndFaces(const std::vector<Vector3D<float>>& vertices,
+                           const std::vector<TriangleFace>& faces);
 
-    /// Empties the four lists, both counts, the volume and what the finalisation provided; keeps ids, name and
-    /// transform.
+    /// Empties the four lists, both counts, the volume and what the finalisation provided; keeps ids, name
+    /// and transform.
     void Cleanup();
 
-    /// Drops the faces with an index below 0 or not below the number of vertices; the others keep their order.
-    /// Nothing else is dropped: texture faces stand beside the faces one for one.
-    static void ValidateVertexAndFaces(std::vector<TriangleFace>& faces, const std::vector<Vector3D<float>>& vertices);
+    /// Drops the faces with an index below 0 or not below the number of vertices; the others keep their
+    /// order. Nothing else is dropped: texture faces stand beside the faces one for one.
+    static void ValidateVertexAndFaces(std::vector<TriangleFace>& faces,
+                                       const std::vector<Vector3D<float>>& vertices);
 
-    /// Finalises the mesh from its lists and sets both counts to their sizes. Each switch is one step in linear
-    /// time; what an earlier finalisation provided is dropped first.
-    /// @param mergeVertices      merge vertices that lie within the merge distance of each other
-    /// @param dropRepeatedCorners drop the faces (and the texture faces beside them) that name a vertex twice
+    /// Finalises the mesh from its lists and sets both counts to their sizes. Each switch is one step in
+    /// linear time; what an earlier finalisation provided is dropped first.
+    /// @param mergeVertices      merge vertices within the merge distance: in the order of the list each
+    /// joins the
+    ///                           earliest vertex kept so far that lies no further away, or is kept itself. So
+    ///                           no vertex moves further than the distance and rows of near vertices do not
+    ///                           shrink to one. A distance that is not positive merges equal vertices alone;
+    ///                           a vertex that is not finite merges with none
+    /// @param dropRepeatedCorners drop the faces that name a vertex twice, and when there are as many texture
+    /// faces as
+    ///                           faces the texture faces beside them
     /// @param provideNormals     provide face and vertex normals
     /// @param provideNeighbours  provide face neighbours
-    /// @param vertexNormals      when not null, the vertex normals, one pointer a vertex, copied now, instead of
-    ///                           computed ones; missing or null entries give (0, 0, 0)
-    /// @param edgeFaceCounts     when not null, is emptied and receives for each edge, as smaller index * 2^32 +
-    ///                           larger index, the number of faces on it
+    /// @param vertexNormals      when not null and normals are provided, the vertex normals, copied now,
+    /// instead of
+    ///                           computed ones: one pointer for each vertex as numbered before the merge;
+    ///                           missing or null entries give (0, 0, 0)
+    /// @param edgeFaceCounts     when not null, is emptied and receives for each edge, as smaller index *
+    /// 2^32 +
+    ///                           larger index, the number of faces on it; from a vertex to itself runs no
+    ///                           edge
     /// Faces with an index outside the vertex list are left alone by every step and count on no edge.
-    void PostProcess(bool mergeVertices, bool dropRepeatedCorners, bool provideNormals, bool provideNeighbours,
-                     const std::vector<Vector3D<float>*>* vertexNormals, std::map<long long, int>* edgeFaceCounts);
+    void PostProcess(bool mergeVertices, bool dropRepeatedCorners, bool provideNormals,
+                     bool provideNeighbours, const std::vector<Vector3D<float>*>* vertexNormals,
+                     std::map<long long, int>* edgeFaceCounts);
 
     /// The same; @p vertexBuffer, when not null, first replaces the vertex list.
     void PostProcessFromVertexBuffer(const std::vector<Vector3D<float>>* vertexBuffer, bool mergeVertices,
@@ -80,29 +101,32 @@ public:
                                      const std::vector<Vector3D<float>*>* vertexNormals,
                                      std::map<long long, int>* edgeFaceCounts);
 
-    /// Merges vertices with equal coordinates (-0 equals 0; a vertex that is not finite merges with none), numbers
-    /// them as the faces' list order of vertices first meets them and sets both counts. Drops no face.
+    /// Merges vertices with equal coordinates (-0 equals 0; a vertex that is not finite merges with none),
+    /// numbers them as the vertex list first meets them and sets both counts. Drops no face and provides
+    /// neither normals nor neighbours.
     void PostProcessMergeRawVertexBuffer();
 
-    /// The signed volume enclosed by the faces, in cubed units: the divergence theorem, summed in double precision
-    /// relative to the first vertex; positive when the faces wind counter-clockwise seen from outside. Faces with an
-    /// index outside the vertex list or a corner that is not finite add nothing; 0 for a mesh without faces.
+    /// The signed volume enclosed by the faces, in cubed units: the divergence theorem, summed in double
+    /// precision relative to the first vertex; positive when the faces wind counter-clockwise seen from
+    /// outside. Faces with an index outside the vertex list or a corner that is not finite add nothing; 0 for
+    /// a mesh without faces.
     // Spelling is part of the interface.
     double CalcuateVolume() const;
     void SetVolume(double volume) { m_volume = volume; }
     /// The volume last stored; 0 before.
     double GetVolume() const { return m_volume; }
 
-    /// Unit normals, one a face; (0, 0, 0) for a face without area. Empty unless the last finalisation was asked to
-    /// provide normals. Computed at the first request after it, from the lists as they are then; any number of
-    /// threads may ask at once. Finalise again after changing the lists.
+    /// Unit normals, one a face; (0, 0, 0) for a face without area. Empty unless the last finalisation was
+    /// asked to provide normals. Computed at the first request after it, from the lists as they are then; any
+    /// number of threads may ask at once. Finalise again after changing the lists.
     const std::vector<Vector3D<float>>& GetFaceNormals() const;
-    /// Unit normals, one a vertex: the sum of its faces' normals weighted by area, normalised; (0, 0, 0) for a vertex
-    /// without a face. Provided as GetFaceNormals().
+    /// Unit normals, one a vertex: the sum of its faces' normals weighted by area, normalised; (0, 0, 0) for
+    /// a vertex without a face. Provided as GetFaceNormals().
     const std::vector<Vector3D<float>>& GetVertexNormals() const;
-    /// For each face the three faces across its edges (v0 v1), (v1 v2), (v2 v0); -1 at a border. Edges pair in face
-    /// order with the latest unpaired edge between the same vertices, so an edge of three faces pairs two of them.
-    /// Empty unless the last finalisation was asked to provide neighbours; otherwise provided as GetFaceNormals().
+    /// For each face the three faces across its edges (v0 v1), (v1 v2), (v2 v0); -1 at a border. Edges pair
+    /// in face order with the latest unpaired edge between the same vertices, so an edge of three faces pairs
+    /// two of them. Empty unless the last finalisation was asked to provide neighbours; otherwise provided as
+    /// GetFaceNormals(). Throws std::length_error for more than 715827882 faces.
     const std::vector<TriangleFace>& GetFaceNeighbours() const;
 
     /// The box around all finite vertices of the vertex list, computed anew at each call.
@@ -120,20 +144,23 @@ public:
     QString GetObjectName() const { return m_objectName; }
 
 private:
+    void TakeCounts();
+    void Provide(bool normals, bool neighbours);
+
     std::vector<Vector3D<float>> m_vertices;
     std::vector<TriangleFace> m_faces;
     std::vector<Vector2D<float>> m_texCoords;
     std::vector<TriangleFace> m_textureFaces;
-    int m_faceCount = 0;
-    int m_vertexCount = 0;
+    kr::ClearedByMove<int> m_faceCount;
+    kr::ClearedByMove<int> m_vertexCount;
     float m_mergeDistanceMm;
     int m_objectId = -1;
     int m_componentsId = -1;
-    double m_volume = 0;
-    QString m_objectName;
+    kr::ClearedByMove<double> m_volume;
+    kr::ClearedByMove<QString> m_objectName;
     Matrix4<double> m_transform;
-    bool m_providesNormals = false;
-    bool m_providesNeighbours = false;
+    kr::ClearedByMove<bool> m_providesNormals;
+    kr::ClearedByMove<bool> m_providesNeighbours;
     kr::OnDemand<std::vector<Vector3D<float>>> m_faceNormals;
     kr::OnDemand<std::vector<Vector3D<float>>> m_vertexNormals;
     kr::OnDemand<std::vector<TriangleFace>> m_neighbours;
