@@ -1,0 +1,150 @@
+#include "core/common/DecimalText_p.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+namespace kr {
+
+namespace {
+
+struct NamedValue {
+    std::string_view name;
+    double value;
+};
+
+// A sign in front of nan makes it no number.
+constexpr NamedValue kNamedValues[] = {
+    {"inf", std::numeric_limits<double>::infinity()},
+    {"+inf", std::numeric_limits<double>::infinity()},
+    {"-inf", -std::numeric_limits<double>::infinity()},
+    {"nan", std::numeric_limits<double>::quiet_NaN()},
+};
+
+char ToLowerAscii(char character)
+{
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
+}
+
+bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase)
+{
+    if (text.size() != lowerCase.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (ToLowerAscii(text[i]) != lowerCase[i])
+            return false;
+    }
+    return true;
+}
+
+bool ParseNamedValue(std::string_view text, double& value)
+{
+    for (const NamedValue& named : kNamedValues) {
+        if (EqualsIgnoringCase(text, named.name)) {
+            value = named.value;
+            return true;
+        }
+    }
+    return false;
+}
+
+// The exponent as written, cut off far beyond what any double reaches.
+long long WrittenExponent(std::string_view exponent)
+{
+    constexpr long long kFarBeyond = 1'000'000'000'000;
+    const bool isNegative = exponent.front() == '-';
+    long long magnitude = 0;
+    for (const char character : exponent) {
+        if (IsDecimalDigit(character) && magnitude < kFarBeyond)
+            magnitude = magnitude * 10 + (character - '0');
+    }
+    return isNegative ? -magnitude : magnitude;
+}
+
+// Whether a number out of range is too large rather than too small, told from the place of its first digit.
+bool IsAboveOne(std::string_view number)
+{
+    const std::size_t letter = number.find_first_of("eE");
+    const std::string_view digits = number.substr(0, letter);
+    const std::size_t leading = digits.find_first_of("123456789");
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    long long place = static_cast<long long>(point) - static_cast<long long>(leading);
+    if (letter != std::string_view::npos)
+        place += WrittenExponent(number.substr(letter + 1));
+    return place > 0;
+}
+
+bool ParseDigits(const char* begin, const char* end, double& value)
+{
+    const bool isNegative = *begin == '-';
+    if (isNegative || *begin == '+')
+        ++begin;
+    // Here from_chars would take a second sign and names of its own.
+    if (begin == end || !(IsDecimalDigit(*begin) || *begin == '.'))
+        return false;
+    double magnitude = 0;
+    const auto [position, error] = std::from_chars(begin, end, magnitude);
+    if (position != end || error == std::errc::invalid_argument)
+        return false;
+    const bool isInRange = error == std::errc();
+    if (!isInRange && !IsAboveOne({begin, static_cast<std::size_t>(end - begin)}))
+        return false;
+    if (!isInRange)
+        magnitude = std::numeric_limits<double>::infinity();
+    value = isNegative ? -magnitude : magnitude;
+    return isInRange;
+}
+
+} // namespace
+
+bool ParseDecimal(const char* begin, const char* end, double& value)
+{
+    if (ScanUsualDecimal(begin, end, value) == end && begin != end)
+        return true;
+    value = 0;
+    if (begin == end)
+        return false;
+    const std::string_view text(begin, static_cast<std::size_t>(end - begin));
+    return ParseNamedValue(text, value) || ParseDigits(begin, end, value);
+}
+
+namespace {
+
+char* Append(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+// From here on a float has no fraction; below, a millionth part of it still is an integer of 64 bits.
+constexpr float kFirstWhole = 16777216.0f;
+
+} // namespace
+
+char* FormatFixed6(char* out, float value)
+{
+    if (std::isnan(value))
+        return Append(out, "nan");
+    if (value < 0)
+        *out++ = '-';
+    const float magnitude = std::fabs(value);
+    if (std::isinf(magnitude))
+        return Append(out, "inf");
+    if (magnitude >= kFirstWhole)
+        return std::to_chars(out, out + kFixed6Capacity - 1, magnitude, std::chars_format::fixed, 6).ptr;
+
+    // 24 bits of the float by the 14 bits of 5^6: the product is exact, and so is adding a half to it.
+    const auto millionths = static_cast<std::uint64_t>(static_cast<double>(magnitude) * 1e6 + 0.5);
+    char* const point = std::to_chars(out, out + kFixed6Capacity - 1, millionths / 1'000'000).ptr;
+    auto fraction = static_cast<std::uint32_t>(millionths % 1'000'000);
+    *point = '.';
+    for (char* digit = point + 6; digit != point; --digit, fraction /= 10)
+        *digit = static_cast<char>('0' + fraction % 10);
+    return point + 7;
+}
+
+} // namespace kr
