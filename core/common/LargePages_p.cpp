@@ -34,8 +34,8 @@ void AdviseLargePages(void* begin, std::size_t bytes)
 
 namespace detail {
 
-// Below one large page the ordinary heap serves better; above, pages of our own can be aligned, so that the first
-// and last part are large pages too, and go back to the system at once.
+// Below one large page the ordinary heap serves better; above, pages of our own can be aligned, so that the
+// first and last part are large pages too, and go back to the system at once.
 void* AllocateScratch(std::size_t bytes)
 {
     if (bytes == 0)
@@ -47,7 +47,8 @@ void* AllocateScratch(std::size_t bytes)
         return memory;
     }
     const std::size_t length = RoundUp(bytes, kLargePage);
-    void* raw = mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* raw =
+        mmap(nullptr, length + kLargePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (raw == MAP_FAILED)
         throw std::bad_alloc();
     const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(raw);

@@ -7,8 +7,9 @@
 
 namespace kr {
 
-/// Asks the system to back the range with 2 MiB pages where whole ones fit. Fresh memory in 4 KiB pages costs about
-/// as much to touch for the first time as the work that is done on it. A hint: nothing happens where it is refused.
+/// Asks the system to back the range with 2 MiB pages where whole ones fit. Fresh memory in 4 KiB pages costs
+/// about as much to touch for the first time as the work that is done on it. A hint: nothing happens where it
+/// is refused.
 void AdviseLargePages(void* begin, std::size_t bytes);
 
 /// Reserves room for @p count elements, on large pages where they help.
@@ -19,7 +20,8 @@ void ReserveLarge(std::vector<T>& list, std::size_t count)
     AdviseLargePages(list.data(), list.capacity() * sizeof(T));
 }
 
-/// Scratch memory of fixed size on large pages, zero throughout when new; its pages are real once they are touched.
+/// Scratch memory of fixed size on large pages, zero throughout when new; its pages are real once they are
+/// touched.
 template<class T>
 class Scratch {
     static_assert(std::is_trivially_copyable_v<T>, "zero bytes must be a value, nothing is constructed");

@@ -7,7 +7,8 @@
 namespace kr {
 
 /// A value that is built at the first request; any number of threads may ask at once, one of them builds.
-/// Copying and moving take the value along if it is there; they and Reset() must not run beside anything else.
+/// Copying and moving take the value along if it is there; they and Reset() must not run beside anything
+/// else.
 template<class Value>
 class OnDemand {
 public:
