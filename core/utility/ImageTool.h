@@ -1,1 +1,46 @@
 #pragma once
+
+#include <QImage>
+
+#include "core/utility/KRCoreUtilityExport.h"
+
+class QByteArray;
+class QString;
+
+/// Operations on pictures in memory. Nothing is kept between calls: different images may be worked on by
+/// several threads at once. A null image stays null, and an image becomes null when there is no memory for
+/// its result.
+class KRCORE_UTILITY_EXPORT ImageTool {
+public:
+    /// Turns @p image into grey levels: QImage::Format_RGB32 whose red, green and blue are all qGray() of the
+    /// pixel, (11 red + 16 green + 5 blue) / 32 rounded down. Transparency is dropped, a transparent pixel
+    /// counts with its colour.
+    static void ConvertToGrayScaleImage(QImage& image);
+
+    /// Blurs @p image with a triangular kernel, first along the rows, then along the columns: a pixel at the
+    /// distance i has the weight radius + 1 - |i|, and beyond the border the border's pixel counts. Each of
+    /// the two means is rounded to the nearest level, halves up. Time is linear in the pixels, whatever the
+    /// radius.
+    ///
+    /// RGB32, ARGB32 and ARGB32_Premultiplied keep their format; others become RGB32, or ARGB32_Premultiplied
+    /// if they have transparency. Colours are weighted by their opacity, so that what is transparent does not
+    /// show.
+    /// @param radius  in pixels; 0 or less does nothing, above 268,435,455 it counts as that
+    static void StackBlur(QImage& image, int radius);
+
+    /// Makes @p image opaque, as textures are: QImage::Format_RGB32, what is transparent laid on white.
+    /// Opaque pixels keep their colour exactly.
+    static void ConvertToTextureImageAndFixBackground(QImage& image);
+
+    /// Encodes raw pixels as an image file into @p out, which is emptied first and stays empty on failure.
+    /// @param in             rows from the top, tightly packed; what follows the last row is ignored. May be
+    /// @p out
+    /// @param format         any format of whole bytes a pixel but QImage::Format_Indexed8, whose colours are
+    /// not here
+    /// @param bytesPerPixel  must be the size of a pixel of @p format
+    /// @param fileFormat     name of the file's format as QImageWriter knows it, "PNG" for example
+    /// @return false for an empty picture, too few bytes in @p in, or formats that do not fit or cannot be
+    /// written
+    static bool ConvertToPNGImageBuffer(QByteArray& out, const QByteArray& in, int width, int height,
+                                        QImage::Format format, int bytesPerPixel, QString fileFormat);
+};

@@ -1,0 +1,225 @@
+#include "core/utility/StackBlur_p.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+// The mean of p[x-r .. x+r] under the weights r + 1 - |i| moves from x to x + 1 by adding the r + 1 pixels
+// ahead of x and taking off the r + 1 pixels up to x, each with weight 1:
+//
+//   weights at x      1 2 3 2 1
+//   weights at x + 1    1 2 3 2 1
+//   difference       -1-1-1+1+1+1      = ahead - behind
+//
+// Both plain sums move along by one pixel in, one pixel out. So a step costs the same for every radius. Lines
+// are taken in strips that lie side by side in memory, each step then being the same arithmetic on
+// neighbouring bytes, which compilers turn into vector instructions. Columns lie so already; rows are
+// transposed.
+
+namespace kr {
+
+namespace {
+
+constexpr std::int64_t kPixelBytes = 4;
+constexpr int kMaxRadius = (1 << 28) - 1; // 256 * (r + 1)^2 is 2^64 then, more than any sum
+constexpr int kMaxNarrowRadius = 2046;    // the reciprocal below is exact up to here
+constexpr int kWideStrip = 16;            // pixels: one cache line
+
+// floor((sum + D / 2) / D) for D = (radius + 1)^2 and sum <= 255 * D by one multiplication: with
+// m = ceil(2^(32 + s) / D), 2^s <= D < 2^(s + 1), the product exceeds the quotient by less than n * D / 2^(32
+// + s) / D, which for n < 256 * D stays below the 1 / D that separates it from the next whole number as long
+// as D < 2^22.
+class NarrowMean {
+public:
+    using Sum = std::uint32_t;
+
+    explicit NarrowMean(int radius)
+    {
+        const std::uint32_t divisor = static_cast<std::uint32_t>((radius + 1) * (radius + 1));
+        while (divisor >> m_shift > 1)
+            ++m_shift;
+        m_half = divisor / 2;
+        m_reciprocal =
+            static_cast<std::uint32_t>(((std::uint64_t(1) << (32 + m_shift)) + divisor - 1) / divisor);
+    }
+    std::uint8_t operator()(Sum sum) const
+    {
+        const std::uint64_t product = std::uint64_t(sum + m_half) * m_reciprocal;
+        return static_cast<std::uint8_t>(static_cast<std::uint32_t>(product >> 32) >> m_shift);
+    }
+
+private:
+    std::uint32_t m_half = 0;
+    std::uint32_t m_reciprocal = 0;
+    int m_shift = 0;
+};
+
+class WideMean {
+public:
+    using Sum = std::uint64_t;
+
+    explicit WideMean(int radius) : m_divisor(static_cast<Sum>(radius + 1) * static_cast<Sum>(radius + 1)) {}
+    std::uint8_t operator()(Sum sum) const
+    {
+        return static_cast<std::uint8_t>((sum + m_divisor / 2) / m_divisor);
+    }
+
+private:
+    Sum m_divisor;
+};
+
+// Some neighbouring lines: line[i][lane] is byte `lane` of the lines' pixels number i.
+template<int kPixels>
+struct Strip {
+    static constexpr int kLanes = kPixels * static_cast<int>(kPixelBytes);
+
+    explicit Strip(int length) : bytes(static_cast<std::size_t>(length) * kLanes), last(length - 1) {}
+    std::uint8_t* At(std::int64_t i) { return bytes.data() + i * kLanes; }
+    const std::uint8_t* Clamped(std::int64_t i) const
+    {
+        return bytes.data() + std::clamp<std::int64_t>(i, 0, last) * kLanes;
+    }
+
+    std::vector<std::uint8_t> bytes;
+    std::int64_t last;
+};
+
+template<int kLanes, class Sum>
+void Add(Sum* sums, const std::uint8_t* pixel, std::int64_t weight)
+{
+    for (int lane = 0; lane < kLanes; ++lane)
+        sums[lane] += static_cast<Sum>(weight) * pixel[lane];
+}
+
+// The sums of one position of the kernel, for all lanes of a strip.
+template<int kPixels, class Sum>
+class Window {
+    static constexpr int kLanes = Strip<kPixels>::kLanes;
+    using Sums = Sum[static_cast<std::size_t>(kLanes)];
+
+public:
+    // At the first pixel. What lies beyond the borders is counted at once, not pixel by pixel: the radius may
+    // be any.
+    Window(const Strip<kPixels>& in, std::int64_t radius) : m_in(in), m_radius(radius)
+    {
+        const std::int64_t before = radius;                                      // pixels before the first
+        const std::int64_t beyond = std::max<std::int64_t>(0, radius - in.last); // and behind the last
+        Add<kLanes>(m_behind, in.Clamped(0), before + 1);
+        Add<kLanes>(m_weighted, in.Clamped(0), before * (before + 1) / 2);
+        for (std::int64_t i = 0; i <= std::min(radius, in.last); ++i)
+            Add<kLanes>(m_weighted, in.Clamped(i), radius + 1 - i);
+        for (std::int64_t i = 1; i <= std::min(radius + 1, in.last); ++i)
+            Add<kLanes>(m_ahead, in.Clamped(i), 1);
+        Add<kLanes>(m_weighted, in.Clamped(in.last), beyond * (beyond + 1) / 2);
+        Add<kLanes>(m_ahead, in.Clamped(in.last), std::max<std::int64_t>(0, radius + 1 - in.last));
+    }
+
+    template<class Mean>
+    void WriteMeans(Mean mean, std::uint8_t* out) const
+    {
+        for (int lane = 0; lane < kLanes; ++lane)
+            out[lane] = mean(m_weighted[lane]);
+    }
+
+    void StepFrom(std::int64_t position)
+    {
+        const std::uint8_t* leaving = m_in.Clamped(position - m_radius);
+        const std::uint8_t* centre = m_in.Clamped(position + 1);
+        const std::uint8_t* entering = m_in.Clamped(position + m_radius + 2);
+        for (int lane = 0; lane < kLanes; ++lane) {
+            m_weighted[lane] += m_ahead[lane] - m_behind[lane];
+            m_behind[lane] += static_cast<Sum>(centre[lane]) - leaving[lane];
+            m_ahead[lane] += static_cast<Sum>(entering[lane]) - centre[lane];
+        }
+    }
+
+private:
+    const Strip<kPixels>& m_in;
+    std::int64_t m_radius;
+    Sums m_weighted = {};
+    Sums m_behind = {}; // the pixel itself and `radius` before it
+    Sums m_ahead = {};  // `radius` + 1 after it
+};
+
+template<int kPixels, class Mean>
+void BlurStrip(const Strip<kPixels>& in, Strip<kPixels>& out, int radius, Mean mean)
+{
+    Window<kPixels, typename Mean::Sum> window(in, radius);
+    for (std::int64_t i = 0; i <= in.last; ++i) {
+        window.WriteMeans(mean, out.At(i));
+        window.StepFrom(i);
+    }
+}
+
+// A picture seen as lines to blur: pixel i of line n lies at i * alongBytes + n * acrossBytes.
+struct Lines {
+    std::uint8_t* bytes;
+    int count;
+    int length;
+    std::ptrdiff_t alongBytes;
+    std::ptrdiff_t acrossBytes;
+
+    std::uint8_t* Pixel(std::int64_t line, std::int64_t i) const
+    {
+        return bytes + line * acrossBytes + i * alongBytes;
+    }
+};
+
+// Calls copy(pixel of the picture, pixel of the strip) for `used` lines from `first` on. In tiles, so that
+// each cache line is dealt with once, whichever way the lines run.
+template<int kPixels, class Copy>
+void PairPixels(const Lines& lines, int first, int used, Strip<kPixels>& strip, Copy copy)
+{
+    for (int tile = 0; tile < lines.length; tile += kWideStrip) {
+        const int end = std::min(lines.length - tile, kWideStrip) + tile;
+        for (int n = 0; n < used; ++n)
+            for (int i = tile; i < end; ++i)
+                copy(lines.Pixel(first + n, i), strip.At(i) + n * kPixelBytes);
+    }
+}
+
+template<int kPixels, class Mean>
+void BlurInStrips(const Lines& lines, int radius, Mean mean)
+{
+    Strip<kPixels> in(lines.length);
+    Strip<kPixels> out(lines.length);
+    for (int first = 0; first < lines.count; first += kPixels) {
+        const int used = std::min(kPixels, lines.count - first);
+        PairPixels(lines, first, used, in,
+                   [](const auto* from, auto* to) { std::memcpy(to, from, kPixelBytes); });
+        BlurStrip(in, out, radius, mean);
+        PairPixels(lines, first, used, out,
+                   [](auto* to, const auto* from) { std::memcpy(to, from, kPixelBytes); });
+    }
+}
+
+// Few lines are taken one by one: strips of theirs would be mostly empty and could dwarf the picture.
+template<class Mean>
+void BlurLines(const Lines& lines, int radius, Mean mean)
+{
+    if (lines.count < kWideStrip)
+        BlurInStrips<1>(lines, radius, mean);
+    else
+        BlurInStrips<kWideStrip>(lines, radius, mean);
+}
+
+template<class Mean>
+void BlurBothWays(const PixelView& pixels, int radius)
+{
+    const Mean mean(radius);
+    BlurLines({pixels.bytes, pixels.height, pixels.width, kPixelBytes, pixels.bytesPerRow}, radius, mean);
+    BlurLines({pixels.bytes, pixels.width, pixels.height, pixels.bytesPerRow, kPixelBytes}, radius, mean);
+}
+
+} // namespace
+
+void StackBlur(const PixelView& pixels, int radius)
+{
+    const int limited = std::min(radius, kMaxRadius);
+    if (limited <= kMaxNarrowRadius)
+        BlurBothWays<NarrowMean>(pixels, limited);
+    else
+        BlurBothWays<WideMean>(pixels, limited);
+}
+
+} // namespace kr
