@@ -22,13 +22,13 @@ namespace {
 
 constexpr std::int64_t kPixelBytes = 4;
 constexpr int kMaxRadius = (1 << 28) - 1; // 256 * (r + 1)^2 is 2^64 then, more than any sum
-constexpr int kMaxNarrowRadius = 2046;    // the reciprocal below is exact up to here
+constexpr int kMaxNarrowRadius = 2895;    // (r + 1)^2 stays below 2^23, see NarrowMean
 constexpr int kWideStrip = 16;            // pixels: one cache line
 
-// floor((sum + D / 2) / D) for D = (radius + 1)^2 and sum <= 255 * D by one multiplication: with
-// m = ceil(2^(32 + s) / D), 2^s <= D < 2^(s + 1), the product exceeds the quotient by less than n * D / 2^(32
-// + s) / D, which for n < 256 * D stays below the 1 / D that separates it from the next whole number as long
-// as D < 2^22.
+// The nearest whole number to sum / D, D = (radius + 1)^2, as floor(n / D) of n = sum + D / 2 by one
+// multiplication. With 2^s < D <= 2^(s + 1) and m = ceil(2^(32 + s) / D), which fits 32 bits, m * D exceeds
+// 2^(32 + s) by less than D. So n * m / 2^(32 + s) exceeds n / D by less than n / 2^(32 + s); n is below 256
+// * D, and as long as D <= 2^23 that is less than 1 / D, too little to reach the next whole number.
 class NarrowMean {
 public:
     using Sum = std::uint32_t;
@@ -36,7 +36,7 @@ public:
     explicit NarrowMean(int radius)
     {
         const std::uint32_t divisor = static_cast<std::uint32_t>((radius + 1) * (radius + 1));
-        while (divisor >> m_shift > 1)
+        while ((divisor - 1) >> m_shift > 1)
             ++m_shift;
         m_half = divisor / 2;
         m_reciprocal =

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include <QByteArray>
 #include <QDate>
@@ -13,6 +14,8 @@
 #include <QSaveFile>
 #include <QTime>
 
+#include "core/common/DecimalText_p.h"
+
 namespace {
 
 // Qt's strings end near 2^30 characters, and one string may be nearly all of a document.
@@ -22,10 +25,29 @@ constexpr int kMaxJsonBytes = 1'000'000'000;
 // distance between the smallest two.
 constexpr int kMaxDecimals = 324;
 
+bool IsAscii(char character)
+{
+    return static_cast<unsigned char>(character) < 0x80;
+}
+
+std::string_view WithoutBlanks(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\n\v\f\r";
+    const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+    const std::size_t end = text.find_last_not_of(kBlanks) + 1; // 0 when there is nothing else
+    return text.substr(begin, std::max(begin, end) - begin);
+}
+
 QString FileName(const QString& path)
 {
     const QString portable = QDir::fromNativeSeparators(path);
     return portable.mid(portable.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+// Qt prints a warning for other paths.
+bool CanNameAFile(const QString& path)
+{
+    return !path.isEmpty() && !path.contains(QChar::Null);
 }
 
 // A name without a dot has the extension at -1, and left(-1) is the whole of it.
@@ -81,7 +103,16 @@ bool WriteWhole(QFileDevice& file, const QByteArray& bytes)
 
 double Utility::ConvertBufferToDouble(const char* text)
 {
-    return ConvertStringToDoubleValue(QString::fromUtf8(text));
+    if (!text)
+        return 0.0;
+    const std::string_view whole(text);
+    // Among the characters beyond ASCII are blanks too, and Qt knows which.
+    if (!std::all_of(whole.begin(), whole.end(), IsAscii))
+        return QString::fromUtf8(text).toDouble();
+    const std::string_view number = WithoutBlanks(whole);
+    double value = 0.0;
+    kr::ParseDecimal(number.data(), number.data() + number.size(), value);
+    return value;
 }
 
 double Utility::ConvertStringToDoubleValue(const QString& text)
@@ -130,7 +161,7 @@ QString Utility::GetFileNameNoComplexExtension(const QString& path)
 bool Utility::TestFileReadable(const QString& path)
 {
     const QFileInfo info(path);
-    if (!info.exists() || info.isDir())
+    if (!CanNameAFile(path) || !info.exists() || info.isDir())
         return false;
     return info.isFile() ? QFile(path).open(QIODevice::ReadOnly) : info.isReadable();
 }
@@ -157,7 +188,7 @@ bool Utility::LoadJsonFile(QJsonObject& out, const QString& path, int& error)
 
 bool Utility::SaveJsonFile(const QJsonObject& object, const QString& path, QJsonDocument::JsonFormat format)
 {
-    if (path.isEmpty())
+    if (!CanNameAFile(path))
         return false;
     QByteArray bytes;
     GetJsonBuffer(object, bytes, format);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <QtGlobal>
+
+inline void WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+inline std::string ReadFile(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll().toStdString();
+}
+
+/// Counts what Qt would print while it lives: the libraries stay silent.
+class MessageCounter {
+public:
+    MessageCounter() : m_previous(qInstallMessageHandler(Note)) { s_count = 0; }
+    ~MessageCounter() { qInstallMessageHandler(m_previous); }
+    MessageCounter(const MessageCounter&) = delete;
+    MessageCounter& operator=(const MessageCounter&) = delete;
+
+    int Count() const { return s_count; }
+
+private:
+    static void Note(QtMsgType, const QMessageLogContext&, const QString& text)
+    {
+        ++s_count;
+        ADD_FAILURE() << "printed: " << text.toStdString();
+    }
+
+    static inline int s_count = 0;
+    QtMessageHandler m_previous;
+};
