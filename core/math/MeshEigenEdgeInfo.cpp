@@ -5,6 +5,8 @@
 #include <cstring>
 #include <limits>
 
+#include "core/common/HashSeed_p.h"
+
 namespace {
 
 using Key = std::array<double, 3>;
@@ -19,18 +21,27 @@ Key KeyOfPoint(const Eigen::Vector3f& point)
     return {double(point.x()) + 0.0, double(point.y()) + 0.0, double(point.z()) + 0.0};
 }
 
+// To the nearest whole number, halves to the even one. Adding 1.5 * 2^52 leaves no bits for a fraction;
+// numbers beyond 2^51 are whole, or as good as whole, already.
+double RoundToNearest(double value)
+{
+    constexpr double kNoFraction = 6755399441055744.0;
+    constexpr double kLargest = 2251799813685248.0;
+    return std::fabs(value) < kLargest ? (value + kNoFraction) - kNoFraction : value;
+}
+
 // Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds.
-Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, double tolerance)
+Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, double cellsPerUnit)
 {
     Key key;
     for (int axis = 0; axis < 3; ++axis)
-        key[size_t(axis)] = std::round((double(point[axis]) - double(boxMin[axis])) / tolerance) + 0.0;
+        key[size_t(axis)] = RoundToNearest((double(point[axis]) - double(boxMin[axis])) * cellsPerUnit) + 0.0;
     return key;
 }
 
 uint64_t HashOf(const Key& key)
 {
-    uint64_t hash = 0;
+    uint64_t hash = kr::HashSeed();
     for (const double value : key) {
         uint64_t bits;
         std::memcpy(&bits, &value, sizeof bits);
@@ -48,13 +59,14 @@ void MeshEigenEdgeInfo::init(const Eigen::Vector3f* p, const Eigen::Vector3f* q)
     m_end = KeyOfPoint(*q);
 }
 
-bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& boxMin,
-                               float tolerance)
+bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vector3f& b,
+                               const Eigen::Vector3f& boxMin, float tolerance)
 {
     const bool hasGrid = tolerance > 0 && std::isfinite(tolerance) && boxMin.allFinite();
     if (hasGrid && a.allFinite() && b.allFinite()) {
-        m_start = KeyOfCell(a, boxMin, double(tolerance));
-        m_end = KeyOfCell(b, boxMin, double(tolerance));
+        const double cellsPerUnit = 1 / double(tolerance);
+        m_start = KeyOfCell(a, boxMin, cellsPerUnit);
+        m_end = KeyOfCell(b, boxMin, cellsPerUnit);
         if (m_start != m_end)
             return true;
     }

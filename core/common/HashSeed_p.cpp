@@ -1,0 +1,16 @@
+#include "core/common/HashSeed_p.h"
+
+#include <random>
+
+namespace kr {
+
+std::uint64_t HashSeed()
+{
+    static const std::uint64_t seed = [] {
+        std::random_device device;
+        return std::uint64_t(device()) << 32 | device();
+    }();
+    return seed;
+}
+
+} // namespace kr

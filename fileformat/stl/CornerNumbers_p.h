@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/common/LargePages_p.h"
+#include "core/math/TriangleFace.h"
+#include "core/math/Vector3D.h"
+
+namespace kr::stl {
+
+/// A place where corners of the soup lie.
+struct Position {
+    Vector3D<float> point;    ///< of the corner that was met first
+    std::int32_t cornerCount; ///< corners that lie there
+};
+
+struct PositionList {
+    Scratch<Position> positions;
+    std::size_t count = 0;
+};
+
+/// Gives each corner the number of its position, counted from 0 in the order in which facets and corners
+/// first meet them. Corners are at one position when their coordinates are equal as numbers (-0 equals 0); a
+/// corner that is not finite has a position of its own.
+/// @param corners  three a facet
+/// @param numbers  receives facetCount triples
+PositionList NumberPositions(const Vector3D<float>* corners, std::size_t facetCount, TriangleFace* numbers);
+
+} // namespace kr::stl

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "core/math/Vector3D.h"
+
+namespace kr::stl {
+
+/// Where a corner lies: the coordinates, and the number of the position that they came from.
+struct Place {
+    Vector3D<float> point;
+    std::int32_t position = -1;
+};
+
+/// Groups of corners that move together while edges are snapped.
+///
+/// A snap moves one group to a place and then joins it with another that stays. Writing the place into each
+/// corner would cost a fan of n facets n * n / 2 writes; so groups form a forest in which the smaller is hung
+/// below the larger, and a move is noted at the root only. A note counts for a group that hung there before
+/// it was made, not for one that came later, which the times tell. Each look-up and join takes as many steps
+/// as the logarithm of the group count.
+class SnapGroups {
+public:
+    explicit SnapGroups(std::size_t count) : m_nodes(count) {}
+
+    /// Where the group was last moved to; a null pointer while it is where it was at first.
+    const Place* Find(std::size_t group) const
+    {
+        const Place* place = nullptr;
+        std::uint32_t joinedAt = 0;
+        for (std::size_t at = group;;) {
+            const Node& node = m_nodes[at];
+            // Joins above happened later than all moves below, so the highest valid note is the latest.
+            if (node.movedAt > joinedAt)
+                place = &node.place;
+            if (node.parent == kRoot)
+                return place;
+            joinedAt = node.joinedAt;
+            at = std::size_t(node.parent);
+        }
+    }
+
+    /// Moves all of the group, with whatever it was joined with before.
+    void Move(std::size_t group, const Place& place)
+    {
+        Node& root = m_nodes[Root(group)];
+        root.place = place;
+        root.movedAt = ++m_time;
+    }
+
+    /// Lets two groups move together from now on.
+    void Join(std::size_t a, std::size_t b)
+    {
+        std::size_t larger = Root(a), smaller = Root(b);
+        if (larger == smaller)
+            return;
+        if (m_nodes[larger].size < m_nodes[smaller].size)
+            std::swap(larger, smaller);
+        m_nodes[smaller].parent = std::int32_t(larger);
+        m_nodes[smaller].joinedAt = ++m_time;
+        m_nodes[larger].size += m_nodes[smaller].size;
+    }
+
+private:
+    static constexpr std::int32_t kRoot = -1;
+
+    struct Node {
+        Place place;
+        std::int32_t parent = kRoot;
+        std::uint32_t size = 1;
+        std::uint32_t joinedAt = 0; // joined to the parent
+        std::uint32_t movedAt = 0;  // noted here; 0 is never
+    };
+
+    std::size_t Root(std::size_t group) const
+    {
+        while (m_nodes[group].parent != kRoot)
+            group = std::size_t(m_nodes[group].parent);
+        return group;
+    }
+
+    std::vector<Node> m_nodes;
+    std::uint32_t m_time = 0;
+};
+
+} // namespace kr::stl

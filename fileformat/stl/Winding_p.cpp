@@ -1,0 +1,98 @@
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "fileformat/stl/Soup_p.h"
+
+namespace kr::stl {
+
+namespace {
+
+// Swaps corners 0 and 1. Each edge then runs the other way, and the edges change places:
+//   edge 0: 0 -> 1 stays edge 0, edge 1: 1 -> 2 becomes edge 2, edge 2: 2 -> 0 becomes edge 1
+void TurnFacetOver(Soup& soup, std::size_t facet)
+{
+    constexpr HalfEdge kNewEdge[3] = {0, 2, 1};
+    Mate* const mates = soup.links.mates.data();
+    const HalfEdge first = HalfEdge(3 * facet);
+    Mate turned[3];
+    for (int edge = 0; edge < 3; ++edge) {
+        const Mate mate = mates[first + edge].Turned();
+        const HalfEdge newPlace = first + kNewEdge[edge];
+        turned[kNewEdge[edge]] = mate;
+        if (mate.IsLinked())
+            mates[mate.Partner()] = mate.RunsSameWay() ? Mate::SameWay(newPlace) : Mate::Opposite(newPlace);
+    }
+    for (int edge = 0; edge < 3; ++edge)
+        mates[first + edge] = turned[edge];
+    std::swap(soup.corners[std::size_t(first)], soup.corners[std::size_t(first) + 1]);
+    std::swap(soup.positionOf[facet][0], soup.positionOf[facet][1]);
+}
+
+std::size_t CountSameWayPairs(const Scratch<Mate>& mates)
+{
+    std::size_t halves = 0;
+    for (const Mate mate : mates)
+        halves += mate.RunsSameWay();
+    return halves / 2;
+}
+
+} // namespace
+
+// Breadth-first from the first facet of each piece, which keeps its winding. Each facet enters the queue
+// once, when it is first seen, so the walk ends after as many steps as there are facets. On a one-sided
+// surface some pairs stay.
+void MakeWindingConsistent(Soup& soup)
+{
+    if (soup.links.sameWayCount == 0)
+        return;
+    const Mate* const mates = soup.links.mates.data();
+    Scratch<bool> isSeen(soup.facetCount);
+    std::vector<std::size_t> queue;
+    for (std::size_t start = 0; start < soup.facetCount; ++start) {
+        if (isSeen[start])
+            continue;
+        isSeen[start] = true;
+        queue.assign(1, start);
+        for (std::size_t i = 0; i < queue.size(); ++i) {
+            const std::size_t facet = queue[i];
+            for (std::size_t edge = 0; edge < 3; ++edge) {
+                const Mate mate = mates[3 * facet + edge];
+                if (!mate.IsLinked() || isSeen[std::size_t(mate.Partner()) / 3])
+                    continue;
+                const std::size_t neighbour = std::size_t(mate.Partner()) / 3;
+                isSeen[neighbour] = true;
+                queue.push_back(neighbour);
+                if (mate.RunsSameWay())
+                    TurnFacetOver(soup, neighbour);
+            }
+        }
+    }
+    soup.isReordered = true;
+    soup.links.sameWayCount = CountSameWayPairs(soup.links.mates);
+}
+
+// Divergence theorem: each facet and the first corner span a tetrahedron. Facets without area add exactly 0,
+// facets with a corner that is not finite are passed over: neither may decide the sign.
+bool IsInsideOut(const Soup& soup)
+{
+    double sixfoldVolume = 0;
+    Vector3D<float> origin;
+    bool hasOrigin = false;
+    for (std::size_t t = 0; t < soup.facetCount; ++t) {
+        const Vector3D<float>* corner = &soup.corners[3 * t];
+        const Vector3D<double> area = CalcAreaVector(corner[0], corner[1], corner[2]);
+        if (!std::isfinite(area.x + area.y + area.z))
+            continue;
+        if (!hasOrigin) {
+            origin = corner[0];
+            hasOrigin = true;
+        }
+        sixfoldVolume += (double(corner[0].x) - double(origin.x)) * area.x +
+                         (double(corner[0].y) - double(origin.y)) * area.y +
+                         (double(corner[0].z) - double(origin.z)) * area.z;
+    }
+    return sixfoldVolume < 0;
+}
+
+} // namespace kr::stl
