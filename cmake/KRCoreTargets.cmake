@@ -25,7 +25,8 @@ function(krcore_library target)
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${LIB_EXPORT_AS}
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR})
+        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+        INSTALL_RPATH $ORIGIN)
     generate_export_header(${target}
         EXPORT_MACRO_NAME ${LIB_MACRO}
         EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/generated/${LIB_HEADER_DIR}/${target}Export.h)
