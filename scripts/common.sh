@@ -1,0 +1,49 @@
+# Sourced by the commands of this project: what they need from Debian, how it gets there, and how they build.
+# shellcheck shell=bash
+
+build_packages=(g++ cmake ninja-build qtbase5-dev libeigen3-dev libboost-dev libcli11-dev)
+# shellcheck disable=SC2034 # used by those who source this file
+test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev pkg-config qt5-image-formats-plugins locales
+    clang libclang-rt-14-dev)
+# shellcheck disable=SC2034
+style_packages=("${test_packages[@]}" git clang-format clang-tidy)
+
+is_installed() {
+    [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+apt_get() {
+    local as_root=()
+    [ "$(id -u)" = 0 ] || as_root=(sudo --non-interactive)
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get --quiet --yes -o DPkg::Lock::Timeout=300 "$@"
+}
+
+# Installs the packages that are missing, without a question; does nothing and asks nobody when all are there.
+install_missing() {
+    local missing=() package
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing ${missing[*]}"
+    # A fresh system has no package lists, an old one has lists of versions that are gone.
+    apt_get install --no-install-recommends "${missing[@]}" >/dev/null 2>&1 ||
+        { apt_get update && apt_get install --no-install-recommends "${missing[@]}"; } ||
+        { echo "These packages are needed and could not be installed: ${missing[*]}" >&2; return 1; }
+}
+
+# build PRESET [CMAKE OPTION...] [-- TARGET...]: configures and builds what changed, in build/PRESET.
+build() {
+    local preset=$1 options=()
+    shift
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do
+        options+=("$1")
+        shift
+    done
+    [ $# -eq 0 ] || shift
+    local targets=("$@")
+    [ ${#targets[@]} -gt 0 ] || targets=(all)
+    local messages
+    messages=$(cmake --preset "$preset" "${options[@]}" 2>&1) || { echo "$messages" >&2; return 1; }
+    cmake --build --preset "$preset" --target "${targets[@]}"
+}
