@@ -1,15 +1,14 @@
 #include "core/utility/ImageTool.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <utility>
+#include "core/utility/StackBlur_p.h"
 
 #include <QBuffer>
 #include <QByteArray>
-#include <QPixelFormat>
 #include <QString>
 
-#include "core/utility/StackBlur_p.h"
+#include <algorithm>
+#include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -46,7 +45,7 @@ int BytesPerPixel(QImage::Format format)
     if (format <= QImage::Format_Invalid || format >= QImage::NImageFormats ||
         format == QImage::Format_Indexed8)
         return 0;
-    const int bits = QImage::toPixelFormat(format).bitsPerPixel();
+    const int bits = QImage(1, 1, format).depth();
     return bits % 8 == 0 ? bits / 8 : 0;
 }
 

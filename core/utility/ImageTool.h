@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QImage>
-
 #include "core/utility/KRCoreUtilityExport.h"
+
+#include <QImage>
 
 class QByteArray;
 class QString;
 
 /// Operations on pictures in memory. Nothing is kept between calls: different images may be worked on by
-/// several threads at once. A null image stays null, and an image becomes null when there is no memory for
-/// its result.
+/// several threads at once. A null image stays null. When there is no memory for its result, an image becomes
+/// null or std::bad_alloc passes through.
 class KRCORE_UTILITY_EXPORT ImageTool {
 public:
     /// Turns @p image into grey levels: QImage::Format_RGB32 whose red, green and blue are all qGray() of the

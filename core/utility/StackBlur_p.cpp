@@ -4,17 +4,16 @@
 #include <cstring>
 #include <vector>
 
-// The mean of p[x-r .. x+r] under the weights r + 1 - |i| moves from x to x + 1 by adding the r + 1 pixels
-// ahead of x and taking off the r + 1 pixels up to x, each with weight 1:
+// The weighted sum over p[x - r .. x + r], with the weights r + 1 - |i|, moves from x to x + 1 by adding the
+// r + 1 pixels ahead of x and taking off the r + 1 pixels up to x, each with the weight 1:
 //
-//   weights at x      1 2 3 2 1
-//   weights at x + 1    1 2 3 2 1
-//   difference       -1-1-1+1+1+1      = ahead - behind
+//   weights at x       1  2  3  2  1
+//   weights at x + 1      1  2  3  2  1
+//   difference        -1 -1 -1 +1 +1 +1      = ahead - behind
 //
-// Both plain sums move along by one pixel in, one pixel out. So a step costs the same for every radius. Lines
-// are taken in strips that lie side by side in memory, each step then being the same arithmetic on
-// neighbouring bytes, which compilers turn into vector instructions. Columns lie so already; rows are
-// transposed.
+// Both of these plain sums move by one pixel in and one pixel out, so a step costs the same for every radius.
+// Lines are taken in strips: side by side in memory, a step is the same arithmetic on neighbouring bytes,
+// which compilers turn into vector instructions. Columns lie so already, rows are transposed.
 
 namespace kr {
 
@@ -25,10 +24,10 @@ constexpr int kMaxRadius = (1 << 28) - 1; // 256 * (r + 1)^2 is 2^64 then, more 
 constexpr int kMaxNarrowRadius = 2895;    // (r + 1)^2 stays below 2^23, see NarrowMean
 constexpr int kWideStrip = 16;            // pixels: one cache line
 
-// The nearest whole number to sum / D, D = (radius + 1)^2, as floor(n / D) of n = sum + D / 2 by one
-// multiplication. With 2^s < D <= 2^(s + 1) and m = ceil(2^(32 + s) / D), which fits 32 bits, m * D exceeds
-// 2^(32 + s) by less than D. So n * m / 2^(32 + s) exceeds n / D by less than n / 2^(32 + s); n is below 256
-// * D, and as long as D <= 2^23 that is less than 1 / D, too little to reach the next whole number.
+// sum / D to the nearest whole number, where D = (radius + 1)^2: floor(n / D) of n = sum + D / 2, by one
+// multiplication. Take 2^s < D <= 2^(s + 1) and m = ceil(2^(32 + s) / D), which fits 32 bits. m * D is too
+// large by less than D, so n * m / 2^(32 + s) exceeds n / D by less than n / 2^(32 + s). n is less than 256 *
+// D; for D <= 2^23 the excess is then below 1 / D, too little to reach the next whole number.
 class NarrowMean {
 public:
     using Sum = std::uint32_t;
@@ -98,14 +97,12 @@ class Window {
     using Sums = Sum[static_cast<std::size_t>(kLanes)];
 
 public:
-    // At the first pixel. What lies beyond the borders is counted at once, not pixel by pixel: the radius may
-    // be any.
+    // At the first pixel. What lies beyond the borders is counted at once: the radius may be any.
     Window(const Strip<kPixels>& in, std::int64_t radius) : m_in(in), m_radius(radius)
     {
-        const std::int64_t before = radius;                                      // pixels before the first
-        const std::int64_t beyond = std::max<std::int64_t>(0, radius - in.last); // and behind the last
-        Add<kLanes>(m_behind, in.Clamped(0), before + 1);
-        Add<kLanes>(m_weighted, in.Clamped(0), before * (before + 1) / 2);
+        const std::int64_t beyond = std::max<std::int64_t>(0, radius - in.last); // pixels behind the last
+        Add<kLanes>(m_behind, in.Clamped(0), radius + 1);
+        Add<kLanes>(m_weighted, in.Clamped(0), radius * (radius + 1) / 2);
         for (std::int64_t i = 0; i <= std::min(radius, in.last); ++i)
             Add<kLanes>(m_weighted, in.Clamped(i), radius + 1 - i);
         for (std::int64_t i = 1; i <= std::min(radius + 1, in.last); ++i)
@@ -165,17 +162,33 @@ struct Lines {
     }
 };
 
-// Calls copy(pixel of the picture, pixel of the strip) for `used` lines from `first` on. In tiles, so that
-// each cache line is dealt with once, whichever way the lines run.
+// Calls copy(bytes of the picture, bytes of the strip, how many) for the pixels of `used` lines from `first`
+// on. Columns lie in the picture as in the strip. Rows go in tiles, so that each cache line is dealt with
+// once.
 template<int kPixels, class Copy>
 void PairPixels(const Lines& lines, int first, int used, Strip<kPixels>& strip, Copy copy)
 {
+    if (lines.acrossBytes == kPixelBytes) {
+        for (int i = 0; i < lines.length; ++i)
+            copy(lines.Pixel(first, i), strip.At(i), used * kPixelBytes);
+        return;
+    }
     for (int tile = 0; tile < lines.length; tile += kWideStrip) {
         const int end = std::min(lines.length - tile, kWideStrip) + tile;
         for (int n = 0; n < used; ++n)
             for (int i = tile; i < end; ++i)
-                copy(lines.Pixel(first + n, i), strip.At(i) + n * kPixelBytes);
+                copy(lines.Pixel(first + n, i), strip.At(i) + n * kPixelBytes, kPixelBytes);
     }
+}
+
+void CopyIn(const std::uint8_t* picture, std::uint8_t* strip, std::int64_t bytes)
+{
+    std::memcpy(strip, picture, static_cast<std::size_t>(bytes));
+}
+
+void CopyOut(std::uint8_t* picture, const std::uint8_t* strip, std::int64_t bytes)
+{
+    std::memcpy(picture, strip, static_cast<std::size_t>(bytes));
 }
 
 template<int kPixels, class Mean>
@@ -185,11 +198,9 @@ void BlurInStrips(const Lines& lines, int radius, Mean mean)
     Strip<kPixels> out(lines.length);
     for (int first = 0; first < lines.count; first += kPixels) {
         const int used = std::min(kPixels, lines.count - first);
-        PairPixels(lines, first, used, in,
-                   [](const auto* from, auto* to) { std::memcpy(to, from, kPixelBytes); });
+        PairPixels(lines, first, used, in, [](auto... of) { CopyIn(of...); });
         BlurStrip(in, out, radius, mean);
-        PairPixels(lines, first, used, out,
-                   [](auto* to, const auto* from) { std::memcpy(to, from, kPixelBytes); });
+        PairPixels(lines, first, used, out, [](auto... of) { CopyOut(of...); });
     }
 }
 

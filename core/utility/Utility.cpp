@@ -1,8 +1,6 @@
 #include "core/utility/Utility.h"
 
-#include <algorithm>
-#include <cmath>
-#include <string_view>
+#include "core/common/DecimalText_p.h"
 
 #include <QByteArray>
 #include <QDate>
@@ -14,7 +12,9 @@
 #include <QSaveFile>
 #include <QTime>
 
-#include "core/common/DecimalText_p.h"
+#include <algorithm>
+#include <cmath>
+#include <string_view>
 
 namespace {
 
@@ -48,12 +48,6 @@ QString FileName(const QString& path)
 bool CanNameAFile(const QString& path)
 {
     return !path.isEmpty() && !path.contains(QChar::Null);
-}
-
-// A name without a dot has the extension at -1, and left(-1) is the whole of it.
-QString UpTo(const QString& name, int dot)
-{
-    return name.left(dot);
 }
 
 // Takes no more than the limit and one byte from a file, whatever size it claims: a device claims 0.
@@ -149,13 +143,13 @@ QString Utility::GetFilePath(const QString& path)
 QString Utility::GetFileNameNoExtension(const QString& path)
 {
     const QString name = FileName(path);
-    return UpTo(name, name.lastIndexOf(QLatin1Char('.')));
+    return name.left(name.lastIndexOf(QLatin1Char('.'))); // without a dot left(-1), the whole name
 }
 
 QString Utility::GetFileNameNoComplexExtension(const QString& path)
 {
     const QString name = FileName(path);
-    return UpTo(name, name.indexOf(QLatin1Char('.')));
+    return name.left(name.indexOf(QLatin1Char('.')));
 }
 
 bool Utility::TestFileReadable(const QString& path)

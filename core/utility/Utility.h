@@ -1,13 +1,13 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "core/utility/KRCoreUtilityExport.h"
 
 #include <QJsonDocument>
 #include <QString>
 #include <QUuid>
 
-#include "core/utility/KRCoreUtilityExport.h"
+#include <string>
+#include <vector>
 
 class QByteArray;
 class QJsonObject;
@@ -74,9 +74,10 @@ public:
     /// @param error  a JsonFileError, JsonNoError on success
     [[nodiscard]] static bool LoadJsonFile(QJsonObject& out, const QString& path, int& error);
 
-    /// Writes @p object as a JSON document to the file @p path. The document is written aside and takes the
-    /// place of an existing file only when it is whole: after a failure that file is as it was. Its
-    /// permissions are kept, a symbolic link is followed. Devices and pipes are written directly.
+    /// Writes @p object as a JSON document to the file @p path. The document is written aside, into the same
+    /// directory, and takes the place of an existing file only when it is whole: after a failure that file is
+    /// as it was. Its permissions are kept, a symbolic link is followed. Devices and pipes are written
+    /// directly.
     /// @return true when every byte was written
     [[nodiscard]] static bool SaveJsonFile(const QJsonObject& object, const QString& path,
                                            QJsonDocument::JsonFormat format);

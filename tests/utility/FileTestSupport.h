@@ -1,13 +1,13 @@
 #pragma once
 
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include <QByteArray>
 #include <QFile>
 #include <QString>
 #include <QtGlobal>
+
+#include <string>
 
 inline void WriteFile(const QString& path, const QByteArray& bytes)
 {

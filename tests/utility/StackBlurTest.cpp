@@ -1,5 +1,7 @@
 #include "core/utility/ImageTool.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -7,8 +9,6 @@
 #include <cstdlib>
 #include <random>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

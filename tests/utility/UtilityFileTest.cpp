@@ -1,5 +1,7 @@
 #include "core/utility/Utility.h"
 
+#include "tests/utility/FileTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -7,8 +9,6 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
-
-#include "tests/utility/FileTestSupport.h"
 
 TEST(UtilityReadable, AcceptsAnExistingFile)
 {

@@ -1,11 +1,6 @@
 #include "core/utility/Utility.h"
 
-#include <charconv>
-#include <cmath>
-#include <csignal>
-#include <cstring>
-#include <limits>
-#include <random>
+#include "tests/utility/FileTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -16,10 +11,15 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <charconv>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <limits>
+#include <random>
+
 #include <sys/resource.h>
 #include <sys/stat.h>
-
-#include "tests/utility/FileTestSupport.h"
 
 namespace {
 
@@ -83,6 +83,13 @@ private:
     rlimit m_previous{};
     void (*m_handler)(int) = nullptr;
 };
+
+unsigned ModeOf(const QString& path)
+{
+    struct stat status = {};
+    EXPECT_EQ(stat(QFile::encodeName(path).constData(), &status), 0);
+    return status.st_mode & 0777u;
+}
 
 QJsonObject LargeObject()
 {
@@ -242,9 +249,24 @@ TEST_F(UtilityJson, ReplacesAnExistingFileAndKeepsItsPermissions)
     ASSERT_TRUE(Utility::SaveJsonFile(Sample(), Path(), QJsonDocument::Compact));
     EXPECT_EQ(CodeOf(Path()), Utility::JsonNoError);
     EXPECT_EQ(m_loaded, Sample());
-    struct stat status {};
-    ASSERT_EQ(stat(QFile::encodeName(Path()).constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777u, 0640u);
+    EXPECT_EQ(ModeOf(Path()), 0640u);
+}
+
+TEST_F(UtilityJson, GivesANewFileTheUsualPermissions)
+{
+    const mode_t previous = umask(027);
+    const bool isSaved = Utility::SaveJsonFile(Sample(), Path(), QJsonDocument::Compact);
+    umask(previous);
+    ASSERT_TRUE(isSaved);
+    EXPECT_EQ(ModeOf(Path()), 0640u);
+}
+
+TEST_F(UtilityJson, CreatesTheTargetOfADanglingLink)
+{
+    ASSERT_TRUE(QFile::link(Path("target"), Path("link")));
+    ASSERT_TRUE(Utility::SaveJsonFile(Sample(), Path("link"), QJsonDocument::Compact));
+    EXPECT_TRUE(QFileInfo(Path("link")).isSymLink());
+    EXPECT_EQ(CodeOf(Path("target")), Utility::JsonNoError);
 }
 
 TEST_F(UtilityJson, WritesThroughASymbolicLink)

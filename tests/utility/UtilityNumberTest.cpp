@@ -1,16 +1,16 @@
 #include "core/utility/Utility.h"
 
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QTemporaryDir>
+
 #include <clocale>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <string>
-
-#include <gtest/gtest.h>
-
-#include <QProcess>
-#include <QTemporaryDir>
 
 namespace {
 
