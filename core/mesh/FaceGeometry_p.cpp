@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <stdexcept>
+
+#include "core/common/HalfEdgePairing_p.h"
 
 namespace kr {
 
@@ -24,6 +27,21 @@ Vector3D<float> UnitVector(const Vector3D<double>& vector)
     if (!(length > 0))
         return {};
     return {float(vector.x / length), float(vector.y / length), float(vector.z / length)};
+}
+
+Faces NeighboursOfGoodFaces(const Faces& faces, std::size_t vertexCount)
+{
+    if (faces.size() > kMaxFacets)
+        throw std::length_error("Mesh: too many faces for neighbours");
+    const HalfEdgeLinks links = PairHalfEdges(faces.data(), faces.size(), vertexCount);
+    Faces neighbours(faces.size());
+    const auto facetAcross = [&](std::size_t halfEdge) {
+        const Mate mate = links.mates[halfEdge];
+        return mate.IsLinked() ? mate.Partner() / 3 : -1;
+    };
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        neighbours[i] = {facetAcross(3 * i), facetAcross(3 * i + 1), facetAcross(3 * i + 2)};
+    return neighbours;
 }
 
 long long EdgeKey(int a, int b)
@@ -80,24 +98,23 @@ Points VertexNormals(const Points& vertices, const Faces& faces)
 
 Faces FaceNeighbours(const Faces& faces, std::size_t vertexCount)
 {
-    Faces neighbours(faces.size(), TriangleFace(-1, -1, -1));
-    std::map<long long, std::vector<std::size_t>>
-        unpaired; // by edge: half-edges 3 * face + edge, the latest last
-    for (std::size_t i = 0; i < 3 * faces.size(); ++i) {
-        const TriangleFace& face = faces[i / 3];
-        if (!IsInside(face, vertexCount))
-            continue;
-        std::vector<std::size_t>& others = unpaired[EdgeKey(face.v[i % 3], face.v[(i + 1) % 3])];
-        const auto mate =
-            std::find_if(others.rbegin(), others.rend(), [=](std::size_t j) { return j / 3 != i / 3; });
-        if (mate == others.rend()) {
-            others.push_back(i);
-            continue;
+    const auto isInside = [=](const TriangleFace& face) { return IsInside(face, vertexCount); };
+    if (std::all_of(faces.begin(), faces.end(), isInside))
+        return NeighboursOfGoodFaces(faces, vertexCount);
+    // The pairing takes good indices only: it sees a packed list, whose numbers are translated back.
+    Faces good;
+    std::vector<int> places;
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        if (isInside(faces[i])) {
+            good.push_back(faces[i]);
+            places.push_back(int(i));
         }
-        neighbours[i / 3].v[i % 3] = int(*mate / 3);
-        neighbours[*mate / 3].v[*mate % 3] = int(i / 3);
-        others.erase(std::prev(mate.base()));
-    }
+    const Faces neighboursOfGood = NeighboursOfGoodFaces(good, vertexCount);
+    Faces neighbours(faces.size(), TriangleFace(-1, -1, -1));
+    for (std::size_t i = 0; i < good.size(); ++i)
+        for (int edge = 0; edge < 3; ++edge)
+            if (const int neighbour = neighboursOfGood[i][edge]; neighbour >= 0)
+                neighbours[std::size_t(places[i])][edge] = places[std::size_t(neighbour)];
     return neighbours;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -15,8 +16,8 @@ using Faces = std::vector<TriangleFace>;
 inline bool IsInside(const TriangleFace& face, std::size_t vertexCount)
 {
     // As unsigned numbers negative indices lie beyond every list.
-    return unsigned(face.v[0]) < vertexCount && unsigned(face.v[1]) < vertexCount &&
-           unsigned(face.v[2]) < vertexCount;
+    return std::size_t(face.v[0]) < vertexCount && std::size_t(face.v[1]) < vertexCount &&
+           std::size_t(face.v[2]) < vertexCount;
 }
 
 /// What the finalisation of a mesh provides; Mesh.h has the contracts.

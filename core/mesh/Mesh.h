@@ -34,9 +34,8 @@ struct MeshBoundingBox {
 class KRCORE_MESH_EXPORT Mesh {
 public:
     /// An empty mesh with the identity transform, object id and components id -1.
-    /// @param mergeDistanceMm distance within which the first switch of PostProcess() merges vertices;
-    /// readers
-    ///        pass 0.03 and never set that switch
+    /// @param mergeDistanceMm  distance within which the first switch of PostProcess() merges vertices;
+    ///     readers pass 0.03 and never set that switch
     explicit Mesh(float mergeDistanceMm);
 
     /// The lists, to be filled or read in place. The pointers stay valid as long as the mesh and are never
@@ -70,26 +69,28 @@ public:
                                        const std::vector<Vector3D<float>>& vertices);
 
     /// Finalises the mesh from its lists and sets both counts to their sizes. Each switch is one step in
-    /// linear time; what an earlier finalisation provided is dropped first.
-    /// @param mergeVertices      merge vertices within the merge distance: in the order of the list each
-    /// joins the
-    ///                           earliest vertex kept so far that lies no further away, or is kept itself. So
-    ///                           no vertex moves further than the distance and rows of near vertices do not
-    ///                           shrink to one. A distance that is not positive merges equal vertices alone;
-    ///                           a vertex that is not finite merges with none
-    /// @param dropRepeatedCorners drop the faces that name a vertex twice, and when there are as many texture
-    /// faces as
-    ///                           faces the texture faces beside them
-    /// @param provideNormals     provide face and vertex normals
-    /// @param provideNeighbours  provide face neighbours
-    /// @param vertexNormals      when not null and normals are provided, the vertex normals, copied now,
-    /// instead of
-    ///                           computed ones: one pointer for each vertex as numbered before the merge;
-    ///                           missing or null entries give (0, 0, 0)
-    /// @param edgeFaceCounts     when not null, is emptied and receives for each edge, as smaller index *
-    /// 2^32 +
-    ///                           larger index, the number of faces on it; from a vertex to itself runs no
-    ///                           edge
+    /// linear time, in this order; what an earlier finalisation provided is dropped first.
+    ///
+    /// @param mergeVertices
+    ///     merge vertices within the merge distance: in the order of the list each joins the earliest vertex
+    ///     kept so far that lies no further away, or is kept itself. So no vertex moves further than the
+    ///     distance, and rows of near vertices do not shrink to one. A distance that is not positive merges
+    ///     equal vertices alone; a vertex that is not finite merges with none
+    /// @param dropRepeatedCorners
+    ///     drop the faces that name a vertex twice, and the texture faces beside them if there are as many
+    ///     texture faces as faces
+    /// @param provideNormals
+    ///     provide face and vertex normals
+    /// @param provideNeighbours
+    ///     provide face neighbours
+    /// @param vertexNormals
+    ///     when not null and normals are provided, the vertex normals, copied now, instead of computed ones:
+    ///     one pointer for each vertex as numbered before the merge, where the first of those that become one
+    ///     counts; missing or null entries give (0, 0, 0)
+    /// @param edgeFaceCounts
+    ///     when not null, is emptied and receives for each edge, as smaller index * 2^32 + larger index, the
+    ///     number of faces on it; from a vertex to itself runs no edge
+    ///
     /// Faces with an index outside the vertex list are left alone by every step and count on no edge.
     void PostProcess(bool mergeVertices, bool dropRepeatedCorners, bool provideNormals,
                      bool provideNeighbours, const std::vector<Vector3D<float>*>* vertexNormals,
