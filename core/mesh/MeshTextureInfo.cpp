@@ -1,0 +1,120 @@
+#include "core/mesh/MeshTextureInfo.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+#include <QStringList>
+
+#include "core/mesh/MapStatement_p.h"
+#include "core/utility/ImageTool.h"
+
+namespace {
+
+constexpr int kBytesPerPixel = 4;
+constexpr int kMaxSide = 32768;
+constexpr qint64 kMaxBytes = qint64(1) << 30;
+
+qint64 ByteCount(const QSize& size)
+{
+    return qint64(size.width()) * size.height() * kBytesPerPixel;
+}
+
+// A few hundred bytes of file may ask for gigabytes of pixels.
+bool IsAcceptable(const QSize& size)
+{
+    return !size.isEmpty() && std::max(size.width(), size.height()) <= kMaxSide &&
+           ByteCount(size) <= kMaxBytes;
+}
+
+QSize ScaledSize(const QSize& size, int longestSide)
+{
+    if (longestSide <= 0 || std::max(size.width(), size.height()) <= longestSide)
+        return size;
+    // A long strip keeps a pixel of width.
+    return size.scaled(longestSide, longestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+// A null image when the file is no picture, or one whose size is not told before decoding or not acceptable.
+QImage ReadPicture(const QString& path, int longestSide)
+{
+    QImageReader reader(path);
+    const QSize size = reader.size();
+    if (!IsAcceptable(size))
+        return {};
+    // Some formats decode at the smaller size at once.
+    const QSize scaledSize = ScaledSize(size, longestSide);
+    if (scaledSize != size)
+        reader.setScaledSize(scaledSize);
+    return reader.read();
+}
+
+QImage Shrunk(const QImage& image, int longestSide)
+{
+    const QSize size = ScaledSize(image.size(), longestSide);
+    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+// Only regular files: reading from a pipe or a device might never end.
+QString ExistingFile(const QStringList& paths)
+{
+    const auto found = std::find_if(paths.begin(), paths.end(),
+                                    [](const QString& path) { return QFileInfo(path).isFile(); });
+    return found == paths.end() ? QString() : *found;
+}
+
+QByteArray PixelsOf(const QImage& image, bool bottomRowFirst)
+{
+    const int rowBytes = image.width() * kBytesPerPixel;
+    const int height = image.height();
+    QByteArray pixels(rowBytes * height, Qt::Uninitialized);
+    for (int row = 0; row < height; ++row) {
+        const int source = bottomRowFirst ? height - 1 - row : row;
+        std::memcpy(pixels.data() + qsizetype(row) * rowBytes, image.constScanLine(source),
+                    std::size_t(rowBytes));
+    }
+    return pixels;
+}
+
+} // namespace
+
+bool MeshTextureInfo::load(const QStringList& tokens, const QString& directory, int longestSide)
+{
+    clear();
+    QStringList paths;
+    for (const QString& name : kr::FileNamesOfMapStatement(tokens))
+        paths += kr::PathsOfMapFile(name, directory);
+    if (paths.isEmpty())
+        return false;
+    const QString found = ExistingFile(paths);
+    fileName = found.isEmpty() ? paths.front() : found;
+    return !found.isEmpty() && load(ReadPicture(found, longestSide), false, false, false, longestSide);
+}
+
+bool MeshTextureInfo::load(const QImage& image, bool mirrorHorizontally, bool mirrorVertically,
+                           bool swapRedAndBlue, int longestSide)
+{
+    QImage picture = IsAcceptable(image.size()) ? Shrunk(image, longestSide) : QImage();
+    ImageTool::ConvertToTextureImageAndFixBackground(picture);
+    if (mirrorHorizontally)
+        picture = picture.mirrored(true, false);
+    if (swapRedAndBlue)
+        picture = picture.rgbSwapped();
+    // Only now: the image may look at the pixels held so far.
+    width = picture.width();
+    height = picture.height();
+    pixels = PixelsOf(picture, !mirrorVertically);
+    return isValidSize();
+}
+
+void MeshTextureInfo::clear()
+{
+    *this = MeshTextureInfo();
+}
+
+bool MeshTextureInfo::isValidSize() const
+{
+    return width > 0 && height > 0 && qint64(pixels.size()) == qint64(width) * height * kBytesPerPixel;
+}
