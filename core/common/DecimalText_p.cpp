@@ -120,6 +120,20 @@ char* Append(char* out, std::string_view text)
     return out + text.size();
 }
 
+// "00" to "99"
+struct DigitPairs {
+    char digits[200] = {};
+    constexpr DigitPairs()
+    {
+        for (int i = 0; i < 100; ++i) {
+            digits[2 * i] = static_cast<char>('0' + i / 10);
+            digits[2 * i + 1] = static_cast<char>('0' + i % 10);
+        }
+    }
+    void Write(char* out, std::uint32_t pair) const { std::memcpy(out, digits + 2 * pair, 2); }
+};
+constexpr DigitPairs kDigitPairs;
+
 // From here on a float has no fraction; below, a millionth part of it still is an integer of 64 bits.
 constexpr float kFirstWhole = 16777216.0f;
 
@@ -140,10 +154,11 @@ char* FormatFixed6(char* out, float value)
     // 24 bits of the float by the 14 bits of 5^6: the product is exact, and so is adding a half to it.
     const auto millionths = static_cast<std::uint64_t>(static_cast<double>(magnitude) * 1e6 + 0.5);
     char* const point = std::to_chars(out, out + kFixed6Capacity - 1, millionths / 1'000'000).ptr;
-    auto fraction = static_cast<std::uint32_t>(millionths % 1'000'000);
+    const auto fraction = static_cast<std::uint32_t>(millionths % 1'000'000);
     *point = '.';
-    for (char* digit = point + 6; digit != point; --digit, fraction /= 10)
-        *digit = static_cast<char>('0' + fraction % 10);
+    kDigitPairs.Write(point + 1, fraction / 10'000);
+    kDigitPairs.Write(point + 3, fraction / 100 % 100);
+    kDigitPairs.Write(point + 5, fraction % 100);
     return point + 7;
 }
 
