@@ -1,0 +1,152 @@
+#include "fileformat/stl/STLFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+
+#include "core/common/HalfEdgePairing_p.h"
+#include "core/mesh/Mesh.h"
+#include "fileformat/stl/STLBinary_p.h"
+#include "fileformat/stl/STLScanner_p.h"
+#include "fileformat/stl/STLText_p.h"
+#include "fileformat/stl/Stitch_p.h"
+
+namespace {
+
+using kr::BlockReader;
+using kr::LineEnds;
+using kr::stl::Probe;
+using kr::stl::SolidSearch;
+using kr::stl::TriangleSoup;
+
+enum class Variant { Unreadable, Text, Binary };
+
+// Only plain files: opening a pipe would wait for somebody to write into it. Blocks are read by ourselves, so
+// Qt need not keep another buffer.
+bool OpenForReading(QFile& file)
+{
+    return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+// A byte-order mark needs no rule of its own: it stands in front of "solid", where any bytes may, and on the
+// first line, which is passed over.
+Variant FindVariant(QFile& file)
+{
+    // The search seldom goes further than its limit.
+    BlockReader source(file, LineEnds::AsStored, kr::stl::kSolidSearchLimit + 2 * kr::stl::kSolid.size());
+    char beginning[kr::stl::kSolid.size()];
+    for (char& character : beginning) {
+        const int byte = source.NextByte();
+        if (byte < 0)
+            return Variant::Unreadable;
+        character = static_cast<char>(byte);
+    }
+    Probe probe({beginning, sizeof beginning});
+    if (kr::stl::EqualsIgnoringCase(probe.Bytes(), kr::stl::kSolid))
+        return Variant::Text;
+    switch (kr::stl::FindSolid(source, probe, sizeof beginning)) {
+    case SolidSearch::Found:
+        return Variant::Text;
+    case SolidSearch::NotFound:
+        return Variant::Binary;
+    case SolidSearch::ReadFailed:
+        break;
+    }
+    return Variant::Unreadable;
+}
+
+// Room for files of more facets to the byte than any program writes. It is memory only once it is used, but a
+// system may refuse to promise very much of it; beyond, the list grows with what is read.
+std::size_t ExpectedCorners(qint64 fileSize)
+{
+    constexpr qint64 kBytesPerCorner = 32;
+    constexpr qint64 kMostPromised = qint64(1) << 26;
+    return static_cast<std::size_t>(std::clamp<qint64>(fileSize / kBytesPerCorner, 3, kMostPromised));
+}
+
+std::optional<TriangleSoup> ReadTextFile(QFile& file)
+{
+    if (!file.seek(0))
+        return std::nullopt;
+    BlockReader source(file, LineEnds::WithoutCarriageReturns);
+    return kr::stl::ReadText(source, ExpectedCorners(file.size()));
+}
+
+std::optional<TriangleSoup> ReadDetectingVariant(QFile& file, int headerSize)
+{
+    const Variant variant = FindVariant(file);
+    if (variant == Variant::Unreadable)
+        return std::nullopt;
+    if (variant == Variant::Text) {
+        std::optional<TriangleSoup> soup = ReadTextFile(file);
+        // Headers of binary files may begin with "solid" too; text without a facet is taken for one.
+        if (!soup || soup->FacetCount() > 0)
+            return soup;
+    }
+    return kr::stl::ReadBinary(file, headerSize);
+}
+
+std::optional<TriangleSoup> ReadSoup(const QString& fileName, int headerSize, bool forceBinary)
+{
+    QFile file(fileName);
+    if (!OpenForReading(file))
+        return std::nullopt;
+    std::optional<TriangleSoup> soup =
+        forceBinary ? kr::stl::ReadBinary(file, headerSize) : ReadDetectingVariant(file, headerSize);
+    if (soup && soup->FacetCount() > kr::kMaxFacets)
+        return std::nullopt;
+    return soup;
+}
+
+// Nothing in here throws: the mesh is replaced as a whole or not at all.
+void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostProcess)
+{
+    mesh.GetFacesVecPtr()->swap(stitched.faces);
+    mesh.GetVerticesVecPtr()->swap(stitched.vertices);
+    mesh.GetTexCoordVecPtr()->clear();
+    mesh.GetTextureFacesVecPtr()->clear();
+    mesh.SetFaceNum(static_cast<int>(mesh.GetFacesVecPtr()->size()));
+    mesh.SetVertexNum(static_cast<int>(mesh.GetVerticesVecPtr()->size()));
+    const bool provideNormals = !lightPostProcess;
+    const bool provideNeighbours = !lightPostProcess;
+    mesh.PostProcess(false, true, provideNormals, provideNeighbours, nullptr, nullptr);
+    mesh.SetVolume(mesh.CalcuateVolume());
+}
+
+} // namespace
+
+bool STLFile::LoadFile(const QString& fileName, Mesh& mesh, bool lightPostProcess, int headerSize,
+                       bool forceBinary)
+{
+    std::optional<TriangleSoup> soup = ReadSoup(fileName, headerSize, forceBinary);
+    if (!soup)
+        return false;
+    ReplaceContents(mesh,
+                    kr::stl::StitchCorners(std::move(soup->corners), soup->cornerCount, soup->normalCount),
+                    lightPostProcess);
+    return true;
+}
+
+int STLFile::skipWhiteSpace(QFile& file, QByteArray& probe, int probeSize)
+{
+    kr::SingleByteReader source(file);
+    Probe bytes({probe.constData(), static_cast<std::size_t>(probe.size())});
+    const SolidSearch result = kr::stl::FindSolid(source, bytes, probeSize);
+    probe = QByteArray(bytes.Bytes().data(), static_cast<int>(bytes.Bytes().size()));
+    return static_cast<int>(result);
+}
+
+void STLFile::getNextToken(QFile& file, char* buffer, int bufferSize)
+{
+    if (bufferSize < 1)
+        return;
+    const auto size = static_cast<std::size_t>(bufferSize);
+    std::memset(buffer, 0, size);
+    kr::SingleByteReader source(file);
+    kr::stl::ReadToken(source, buffer, size - 1);
+}

@@ -1,0 +1,62 @@
+#include "fileformat/stl/BlockReader_p.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <QIODevice>
+
+namespace kr {
+
+namespace {
+
+// Most blocks hold none, which a search in memory tells at many bytes a cycle.
+char* DropCarriageReturns(char* begin, char* end)
+{
+    void* const first = std::memchr(begin, '\r', static_cast<std::size_t>(end - begin));
+    return first ? std::remove(static_cast<char*>(first), end, '\r') : end;
+}
+
+} // namespace
+
+BlockReader::BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t blockSize)
+    : m_device(device),
+      m_lineEnds(lineEnds),
+      m_blockSize(blockSize),
+      m_block(new char[blockSize]),
+      m_position(m_block.get()),
+      m_limit(m_block.get())
+{}
+
+void BlockReader::ReadBlock()
+{
+    char* const begin = m_block.get();
+    char* limit = begin;
+    // A block of carriage returns alone leaves nothing, and is not the end.
+    while (limit == begin && m_ending == 0) {
+        const qint64 count = m_device.read(begin, static_cast<qint64>(m_blockSize));
+        if (count <= 0)
+            m_ending = count == 0 ? kEndOfInput : kReadFailed;
+        else
+            limit = begin + count;
+        if (m_lineEnds == LineEnds::WithoutCarriageReturns)
+            limit = DropCarriageReturns(begin, limit);
+    }
+    m_position = begin;
+    m_limit = limit;
+    ++m_blockNumber;
+}
+
+int SingleByteReader::NextByte()
+{
+    if (m_device.atEnd())
+        return kEndOfInput;
+    char byte = 0;
+    const qint64 count = m_device.read(&byte, 1);
+    if (count == 1)
+        return static_cast<unsigned char>(byte);
+    // In text mode the last bytes may all be carriage returns: nothing is left although the end was not
+    // reached.
+    return count == 0 ? kEndOfInput : kReadFailed;
+}
+
+} // namespace kr
