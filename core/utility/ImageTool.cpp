@@ -106,7 +106,7 @@ bool ImageTool::ConvertToPNGImageBuffer(QByteArray& out, const QByteArray& in, i
     const QImage image(reinterpret_cast<const uchar*>(pixels.constData()), width, height,
                        width * bytesPerPixel, format);
     QBuffer file(&out);
-    if (file.open(QIODevice::WriteOnly) && image.save(&file, fileFormat.toLatin1().constData()))
+    if (file.open(QIODevice::WriteOnly) && image.save(&file, std::move(fileFormat).toLatin1().constData()))
         return true;
     out.clear();
     return false;

@@ -68,9 +68,9 @@ private:
 };
 
 // Some neighbouring lines: line[i][lane] is byte `lane` of the lines' pixels number i.
-template<int kPixels>
+template<int Pixels>
 struct Strip {
-    static constexpr int kLanes = kPixels * static_cast<int>(kPixelBytes);
+    static constexpr int kLanes = Pixels * static_cast<int>(kPixelBytes);
 
     explicit Strip(int length) : bytes(static_cast<std::size_t>(length) * kLanes), last(length - 1) {}
     std::uint8_t* At(std::int64_t i) { return bytes.data() + i * kLanes; }
@@ -83,22 +83,22 @@ struct Strip {
     std::int64_t last;
 };
 
-template<int kLanes, class Sum>
+template<int Lanes, class Sum>
 void Add(Sum* sums, const std::uint8_t* pixel, std::int64_t weight)
 {
-    for (int lane = 0; lane < kLanes; ++lane)
+    for (int lane = 0; lane < Lanes; ++lane)
         sums[lane] += static_cast<Sum>(weight) * pixel[lane];
 }
 
 // The sums of one position of the kernel, for all lanes of a strip.
-template<int kPixels, class Sum>
+template<int Pixels, class Sum>
 class Window {
-    static constexpr int kLanes = Strip<kPixels>::kLanes;
+    static constexpr int kLanes = Strip<Pixels>::kLanes;
     using Sums = Sum[static_cast<std::size_t>(kLanes)];
 
 public:
     // At the first pixel. What lies beyond the borders is counted at once: the radius may be any.
-    Window(const Strip<kPixels>& in, std::int64_t radius) : m_in(in), m_radius(radius)
+    Window(const Strip<Pixels>& in, std::int64_t radius) : m_in(in), m_radius(radius)
     {
         const std::int64_t beyond = std::max<std::int64_t>(0, radius - in.last); // pixels behind the last
         Add<kLanes>(m_behind, in.Clamped(0), radius + 1);
@@ -131,17 +131,17 @@ public:
     }
 
 private:
-    const Strip<kPixels>& m_in;
+    const Strip<Pixels>& m_in;
     std::int64_t m_radius;
     Sums m_weighted = {};
     Sums m_behind = {}; // the pixel itself and `radius` before it
     Sums m_ahead = {};  // `radius` + 1 after it
 };
 
-template<int kPixels, class Mean>
-void BlurStrip(const Strip<kPixels>& in, Strip<kPixels>& out, int radius, Mean mean)
+template<int Pixels, class Mean>
+void BlurStrip(const Strip<Pixels>& in, Strip<Pixels>& out, int radius, Mean mean)
 {
-    Window<kPixels, typename Mean::Sum> window(in, radius);
+    Window<Pixels, typename Mean::Sum> window(in, radius);
     for (std::int64_t i = 0; i <= in.last; ++i) {
         window.WriteMeans(mean, out.At(i));
         window.StepFrom(i);
@@ -165,8 +165,8 @@ struct Lines {
 // Calls copy(bytes of the picture, bytes of the strip, how many) for the pixels of `used` lines from `first`
 // on. Columns lie in the picture as in the strip. Rows go in tiles, so that each cache line is dealt with
 // once.
-template<int kPixels, class Copy>
-void PairPixels(const Lines& lines, int first, int used, Strip<kPixels>& strip, Copy copy)
+template<int Pixels, class Copy>
+void PairPixels(const Lines& lines, int first, int used, Strip<Pixels>& strip, Copy copy)
 {
     if (lines.acrossBytes == kPixelBytes) {
         for (int i = 0; i < lines.length; ++i)
@@ -191,13 +191,13 @@ void CopyOut(std::uint8_t* picture, const std::uint8_t* strip, std::int64_t byte
     std::memcpy(picture, strip, static_cast<std::size_t>(bytes));
 }
 
-template<int kPixels, class Mean>
+template<int Pixels, class Mean>
 void BlurInStrips(const Lines& lines, int radius, Mean mean)
 {
-    Strip<kPixels> in(lines.length);
-    Strip<kPixels> out(lines.length);
-    for (int first = 0; first < lines.count; first += kPixels) {
-        const int used = std::min(kPixels, lines.count - first);
+    Strip<Pixels> in(lines.length);
+    Strip<Pixels> out(lines.length);
+    for (int first = 0; first < lines.count; first += Pixels) {
+        const int used = std::min(Pixels, lines.count - first);
         PairPixels(lines, first, used, in, [](auto... of) { CopyIn(of...); });
         BlurStrip(in, out, radius, mean);
         PairPixels(lines, first, used, out, [](auto... of) { CopyOut(of...); });

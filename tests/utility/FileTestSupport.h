@@ -26,20 +26,20 @@ inline std::string ReadFile(const QString& path)
 /// Counts what Qt would print while it lives: the libraries stay silent.
 class MessageCounter {
 public:
-    MessageCounter() : m_previous(qInstallMessageHandler(Note)) { s_count = 0; }
+    MessageCounter() : m_previous(qInstallMessageHandler(Note)) { printedCount = 0; }
     ~MessageCounter() { qInstallMessageHandler(m_previous); }
     MessageCounter(const MessageCounter&) = delete;
     MessageCounter& operator=(const MessageCounter&) = delete;
 
-    int Count() const { return s_count; }
+    int Count() const { return printedCount; }
 
 private:
     static void Note(QtMsgType, const QMessageLogContext&, const QString& text)
     {
-        ++s_count;
+        ++printedCount;
         ADD_FAILURE() << "printed: " << text.toStdString();
     }
 
-    static inline int s_count = 0;
+    static inline int printedCount = 0;
     QtMessageHandler m_previous;
 };

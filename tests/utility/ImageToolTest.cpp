@@ -206,8 +206,8 @@ TEST(ImageBuffer, EncodesTheRowsFromTheTop)
     const QImage image = QImage::fromData(png, "PNG");
     ASSERT_EQ(image.size(), QSize(2, 3));
     for (int i = 0; i < 6; ++i) {
-        const uchar* bytes = reinterpret_cast<const uchar*>(raw.constData()) + i * 4;
-        EXPECT_EQ(image.pixel(i % 2, i / 2), qRgb(bytes[2], bytes[1], bytes[0])) << i;
+        const auto byte = [&](int channel) { return static_cast<uchar>(raw.at(i * 4 + channel)); };
+        EXPECT_EQ(image.pixel(i % 2, i / 2), qRgb(byte(2), byte(1), byte(0))) << i;
     }
 }
 

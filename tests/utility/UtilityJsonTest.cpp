@@ -18,6 +18,7 @@
 #include <limits>
 #include <random>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -300,7 +301,20 @@ TEST_F(UtilityJson, FailsOnAFullDeviceAndLeavesTheDevice)
     EXPECT_TRUE(device.exists() && !device.isFile());
     ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), Path("link")));
     EXPECT_FALSE(Utility::SaveJsonFile(Sample(), Path("link"), QJsonDocument::Compact));
-    EXPECT_TRUE(Utility::SaveJsonFile(Sample(), QStringLiteral("/dev/null"), QJsonDocument::Compact));
+}
+
+TEST_F(UtilityJson, WritesIntoAPipe)
+{
+    const QByteArray name = QFile::encodeName(Path());
+    ASSERT_EQ(mkfifo(name.constData(), 0600), 0);
+    QFile reader;
+    ASSERT_TRUE(reader.open(::open(name.constData(), O_RDWR | O_NONBLOCK), QIODevice::ReadOnly,
+                            QFile::AutoCloseHandle));
+    ASSERT_TRUE(Utility::SaveJsonFile(Sample(), Path(), QJsonDocument::Compact));
+    QByteArray buffer;
+    Utility::GetJsonBuffer(Sample(), buffer, QJsonDocument::Compact);
+    EXPECT_EQ(reader.read(buffer.size()), buffer);
+    EXPECT_FALSE(QFileInfo(Path()).isFile());
 }
 
 TEST_F(UtilityJson, FailsWhereNoFileCanBe)
