@@ -162,8 +162,10 @@ bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit)
 // negative; corners that wait hold their position.
 class VertexNumbering {
 public:
-    VertexNumbering(Soup& soup, const Scratch<bool>& isSplit, std::vector<Vector3D<float>>& vertices)
+    VertexNumbering(Soup& soup, bool turnOver, const Scratch<bool>& isSplit,
+                    std::vector<Vector3D<float>>& vertices)
         : m_soup(soup),
+          m_turnOver(turnOver),
           m_isSplit(isSplit),
           m_vertices(vertices),
           m_vertexOf(soup.positions.count, kUnnumbered),
@@ -200,8 +202,9 @@ private:
     {
         const std::int32_t vertex = Append(corner);
         Give(corner, vertex);
-        if (WalkFan({corner, false}, vertex))
-            WalkFan({corner, true}, vertex);
+        // Which side comes first shows where a fan meets a facet twice; turning over swaps the sides.
+        if (WalkFan({corner, m_turnOver}, vertex))
+            WalkFan({corner, !m_turnOver}, vertex);
     }
 
     void Give(HalfEdge corner, std::int32_t vertex)
@@ -227,6 +230,7 @@ private:
     }
 
     Soup& m_soup;
+    bool m_turnOver;
     const Scratch<bool>& m_isSplit;
     std::vector<Vector3D<float>>& m_vertices;
     std::vector<std::int32_t> m_vertexOf;
@@ -237,7 +241,7 @@ void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::
                   std::vector<Vector3D<float>>& vertices)
 {
     ReserveLarge(vertices, std::max(soup.positions.count, soup.facetCount / 2));
-    VertexNumbering numbering(soup, isSplit, vertices);
+    VertexNumbering numbering(soup, turnOver, isSplit, vertices);
     const HalfEdge order[3] = {turnOver ? 1 : 0, turnOver ? 0 : 1, 2};
     for (std::size_t t = 0; t < soup.facetCount; ++t)
         for (const HalfEdge corner : order)

@@ -129,6 +129,12 @@ private:
         float distance;
     };
 
+    // A corner at an end of an open edge, and the group that it moves with.
+    struct GroupEnd {
+        HalfEdge corner;
+        std::size_t group;
+    };
+
     void CollectOpenEdges()
     {
         m_openEdges.reserve(m_soup.links.unlinkedCount);
@@ -170,9 +176,9 @@ private:
         m_groups = SnapGroups(m_groupEnds.size());
     }
 
-    void AddGroup(const FanStep& nearEnd, std::int32_t& groupOfNearEnd)
+    void AddGroup(const FanStep& nearEnd, std::size_t& groupOfNearEnd)
     {
-        const std::int32_t group = std::int32_t(m_groupEnds.size());
+        const std::size_t group = m_groupEnds.size();
         m_groupEnds.push_back(nearEnd);
         groupOfNearEnd = group;
         const FanStep farEnd = ForEachCorner(nearEnd, [](HalfEdge) {});
@@ -180,14 +186,15 @@ private:
         (farEnd.leavesThroughOwnEdge ? m_groupOfStart : m_groupOfEnd)[openEdge] = group;
     }
 
-    Place PlaceOf(HalfEdge corner, std::int32_t group) const
+    Place PlaceOf(const GroupEnd& end) const
     {
-        if (const Place* place = m_groups.Find(std::size_t(group)))
+        if (const Place* place = m_groups.Find(end.group))
             return *place;
-        return {m_soup.corners[std::size_t(corner)], m_soup.positionOf[std::size_t(corner / 3)][corner % 3]};
+        return {m_soup.corners[std::size_t(end.corner)],
+                m_soup.positionOf[std::size_t(end.corner / 3)][end.corner % 3]};
     }
-    Place PlaceOfStart(std::size_t i) const { return PlaceOf(m_openEdges[i], m_groupOfStart[i]); }
-    Place PlaceOfEnd(std::size_t i) const { return PlaceOf(NextInFacet(m_openEdges[i]), m_groupOfEnd[i]); }
+    Place PlaceOfStart(std::size_t i) const { return PlaceOf({m_openEdges[i], m_groupOfStart[i]}); }
+    Place PlaceOfEnd(std::size_t i) const { return PlaceOf({NextInFacet(m_openEdges[i]), m_groupOfEnd[i]}); }
     EdgeEnds EndsOf(std::size_t i) const { return {PlaceOfStart(i).point, PlaceOfEnd(i).point}; }
 
     static void ConsiderPartner(const EdgeEnds& ends, std::size_t j, const EdgeEnds& other, float reach,
@@ -205,25 +212,28 @@ private:
     void Link(std::size_t current, std::size_t earlier, bool isOpposite)
     {
         const HalfEdge a = m_openEdges[current], b = m_openEdges[earlier];
+        const GroupEnd aStart{a, m_groupOfStart[current]}, aEnd{NextInFacet(a), m_groupOfEnd[current]};
+        const GroupEnd bStart{b, m_groupOfStart[earlier]}, bEnd{NextInFacet(b), m_groupOfEnd[earlier]};
+        const GroupEnd& meetsStart = isOpposite ? bEnd : bStart;
+        const GroupEnd& meetsEnd = isOpposite ? bStart : bEnd;
+        Snap(aStart, meetsStart);
+        Snap(aEnd, meetsEnd);
+        m_groups.Join(aStart.group, meetsStart.group);
+        m_groups.Join(aEnd.group, meetsEnd.group);
+
         m_mates[a] = isOpposite ? Mate::Opposite(b) : Mate::SameWay(b);
         m_mates[b] = isOpposite ? Mate::Opposite(a) : Mate::SameWay(a);
         m_soup.links.unlinkedCount -= 2;
         m_soup.links.sameWayCount += !isOpposite;
-        const HalfEdge bEnd = NextInFacet(b);
-        const std::int32_t bStartGroup = m_groupOfStart[earlier], bEndGroup = m_groupOfEnd[earlier];
-        Snap(a, m_groupOfStart[current], isOpposite ? bEnd : b, isOpposite ? bEndGroup : bStartGroup);
-        Snap(NextInFacet(a), m_groupOfEnd[current], isOpposite ? b : bEnd,
-             isOpposite ? bStartGroup : bEndGroup);
     }
 
     // The earlier facet's corner, and all corners that move with it, go to where the current facet's corner
     // is.
-    void Snap(HalfEdge current, std::int32_t currentGroup, HalfEdge earlier, std::int32_t earlierGroup)
+    void Snap(const GroupEnd& current, const GroupEnd& earlier)
     {
-        const Place target = PlaceOf(current, currentGroup);
-        if (!HaveSameBits(target.point, PlaceOf(earlier, earlierGroup).point))
-            m_groups.Move(std::size_t(earlierGroup), target);
-        m_groups.Join(std::size_t(currentGroup), std::size_t(earlierGroup));
+        const Place target = PlaceOf(current);
+        if (!HaveSameBits(target.point, PlaceOf(earlier).point))
+            m_groups.Move(earlier.group, target);
     }
 
     void MoveCorner(HalfEdge corner, const Place& place)
@@ -236,14 +246,14 @@ private:
         m_soup.isReordered = true;
     }
 
-    static constexpr std::int32_t kNoGroup = -1;
+    static constexpr std::size_t kNoGroup = std::size_t(-1);
 
     Soup& m_soup;
     Mate* m_mates;
     std::vector<HalfEdge> m_openEdges;  // in order; all numbers of open edges below index this list
     Scratch<std::int32_t> m_openNumber; // for each half-edge 1 + its place in m_openEdges, 0 for the others
-    std::vector<std::int32_t> m_groupOfStart;
-    std::vector<std::int32_t> m_groupOfEnd;
+    std::vector<std::size_t> m_groupOfStart;
+    std::vector<std::size_t> m_groupOfEnd;
     std::vector<FanStep> m_groupEnds; // for each group one of its ends, facing inwards
     SnapGroups m_groups{0};
 };

@@ -152,7 +152,7 @@ private:
         float tolerance = m_smallestEdge;
         for (int pass = 0; pass < 2 && !AllLinked(); ++pass) {
             MatchCells(tolerance);
-            m_result.tolerance = tolerance;
+            m_result.tolerance = std::max(tolerance, m_result.tolerance);
             tolerance += diagonal / 10000;
         }
         if (!AllLinked())
@@ -181,6 +181,7 @@ private:
         struct Filed {
             EdgeId id;
             Cell start, end;
+            Point startPoint, endPoint;
         };
         std::vector<Filed> unmatched;
         for (int t = 0; t < Count(); ++t)
@@ -198,14 +199,21 @@ private:
                     const bool sameWay = start == other.start && end == other.end;
                     if (other.id.facet == t || !(opposite || sameWay))
                         continue;
+                    NoteWay(Start(edge), opposite ? other.endPoint : other.startPoint);
+                    NoteWay(End(edge), opposite ? other.startPoint : other.endPoint);
                     LinkAndSnap(edge, other.id, opposite);
                     ++m_result.tolerantLinks;
                     unmatched.erase(unmatched.begin() + std::ptrdiff_t(i));
                     found = true;
                 }
                 if (!found)
-                    unmatched.push_back({edge, start, end});
+                    unmatched.push_back({edge, start, end, Start(edge), End(edge)});
             }
+    }
+
+    void NoteWay(const Point& to, const Point& from)
+    {
+        m_result.movedAtMost = std::max(m_result.movedAtMost, Extent(from, to));
     }
 
     void MatchNear(float reach)
@@ -242,6 +250,7 @@ private:
                     unmatched.push_back({edge, start, end});
                     continue;
                 }
+                m_result.movedAtMost = std::max(m_result.movedAtMost, bestDistance);
                 LinkAndSnap(edge, unmatched[size_t(best)].id, bestOpposite);
                 ++m_result.reachLinks;
                 unmatched.erase(unmatched.begin() + best);
@@ -250,11 +259,11 @@ private:
 
     void LinkAndSnap(EdgeId current, EdgeId earlier, bool opposite)
     {
+        const int startTo = opposite ? (earlier.edge + 1) % 3 : earlier.edge;
+        const int endTo = opposite ? earlier.edge : (earlier.edge + 1) % 3;
+        Snap(current.facet, current.edge, earlier.facet, startTo, earlier.edge);
+        Snap(current.facet, (current.edge + 1) % 3, earlier.facet, endTo, earlier.edge);
         Link(current, earlier, opposite);
-        const int earlierEnd = (earlier.edge + 1) % 3;
-        Snap(current.facet, current.edge, earlier.facet, opposite ? earlierEnd : earlier.edge, earlier.edge);
-        Snap(current.facet, (current.edge + 1) % 3, earlier.facet, opposite ? earlier.edge : earlierEnd,
-             earlier.edge);
     }
 
     // The walk leaves the earlier facet through its other edge at the corner.
@@ -264,7 +273,6 @@ private:
         Point& own = m_facets[size_t(facet)].corner[corner];
         if (SameBits(own, target))
             return;
-        m_result.movedAtMost = std::max(m_result.movedAtMost, Extent(own, target));
         const int firstFacet = facet, firstCorner = corner;
         int cameThrough = linkedEdge;
         for (;;) {

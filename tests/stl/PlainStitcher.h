@@ -15,8 +15,9 @@ struct PlainStitchResult {
     int tolerantLinks = 0; ///< pairs linked by a tolerant pass
     int reachLinks = 0;    ///< pairs linked across the borders of cells
     bool wasTurnedOver = false;
-    float movedAtMost = 0; ///< the longest way of a corner in one snap, on one axis
-    float tolerance = 0;   ///< the largest tolerance used
+    float movedAtMost =
+        0; ///< the longest way, on one axis, from where an edge lay when it was filed to where it was snapped
+    float tolerance = 0; ///< the largest tolerance used
 };
 
 PlainStitchResult StitchPlainly(const std::vector<Vector3D<float>>& corners,
