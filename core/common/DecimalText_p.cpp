@@ -125,12 +125,12 @@ struct DigitPairs {
     char digits[200] = {};
     constexpr DigitPairs()
     {
-        for (int i = 0; i < 100; ++i) {
+        for (std::size_t i = 0; i < 100; ++i) {
             digits[2 * i] = static_cast<char>('0' + i / 10);
             digits[2 * i + 1] = static_cast<char>('0' + i % 10);
         }
     }
-    void Write(char* out, std::uint32_t pair) const { std::memcpy(out, digits + 2 * pair, 2); }
+    void Write(char* out, std::size_t pair) const { std::memcpy(out, digits + 2 * pair, 2); }
 };
 constexpr DigitPairs kDigitPairs;
 
@@ -152,7 +152,8 @@ char* FormatFixed6(char* out, float value)
         return std::to_chars(out, out + kFixed6Capacity - 1, magnitude, std::chars_format::fixed, 6).ptr;
 
     // 24 bits of the float by the 14 bits of 5^6: the product is exact, and so is adding a half to it.
-    const auto millionths = static_cast<std::uint64_t>(static_cast<double>(magnitude) * 1e6 + 0.5);
+    const double roundedUp = static_cast<double>(magnitude) * 1e6 + 0.5;
+    const auto millionths = static_cast<std::uint64_t>(roundedUp);
     char* const point = std::to_chars(out, out + kFixed6Capacity - 1, millionths / 1'000'000).ptr;
     const auto fraction = static_cast<std::uint32_t>(millionths % 1'000'000);
     *point = '.';
