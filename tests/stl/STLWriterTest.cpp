@@ -100,7 +100,7 @@ Mesh RandomMesh(unsigned seed, int faceCount)
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> coordinate(-300, 300);
     std::vector<Point> vertices;
-    vertices.reserve(static_cast<std::size_t>(3 * faceCount));
+    vertices.reserve(3 * static_cast<std::size_t>(faceCount));
     for (int i = 0; i < 3 * faceCount; ++i)
         vertices.emplace_back(coordinate(random), coordinate(random),
                               std::ldexp(coordinate(random), i % 40 - 20));
