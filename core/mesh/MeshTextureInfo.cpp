@@ -116,5 +116,7 @@ void MeshTextureInfo::clear()
 
 bool MeshTextureInfo::isValidSize() const
 {
-    return width > 0 && height > 0 && qint64(pixels.size()) == qint64(width) * height * kBytesPerPixel;
+    // Four times the product of two ints may not even fit 64 bits.
+    return width > 0 && height > 0 && pixels.size() % kBytesPerPixel == 0 &&
+           qint64(width) * height == pixels.size() / kBytesPerPixel;
 }

@@ -101,14 +101,15 @@ QByteArray PNGThatClaims(std::uint32_t width, std::uint32_t height)
            PNGChunk("IDAT") + PNGChunk("IEND");
 }
 
-// Uncompressed, 24 bits a pixel, rows from the bottom: blue white / red green.
+// Uncompressed, 24 bits a pixel, rows from the bottom: blue white / red green. Qt asks for the footer.
 QByteArray TGAOfFourColors()
 {
     QByteArray bytes(18, '\0');
     bytes[2] = 2;
     bytes[12] = bytes[14] = 2;
     bytes[16] = 24;
-    return bytes + QByteArray("\xff\x00\x00\xff\xff\xff\x00\x00\xff\x00\xff\x00", 12);
+    bytes += QByteArray("\xff\x00\x00\xff\xff\xff\x00\x00\xff\x00\xff\x00", 12);
+    return bytes + QByteArray(8, '\0') + QByteArray("TRUEVISION-XFILE.\0", 18);
 }
 
 class MeshTextureFile : public testing::Test {
