@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+
+#include <QSize>
+#include <QStringList>
+
+#include "apps/krmodel/Camera.h"
+#include "apps/krmodel/ExitCode.h"
+#include "apps/krmodel/Formats.h"
+
+namespace krmodel {
+
+struct Arguments;
+
+using Command = ExitCode (*)(const Arguments& arguments);
+
+/// The command line, understood.
+struct Arguments {
+    Command command = nullptr;
+    QStringList inputs;
+    QString output;
+    Encoding encoding = Encoding::Binary;
+    QSize size;
+    const View* view = nullptr;
+};
+
+/// Reads the command line, its texts being UTF-8. Prints help, the version, or what is wrong.
+/// @return how to end the program, or nothing when @p arguments are to be carried out
+std::optional<ExitCode> ParseArguments(int argc, const char* const* argv, Arguments& arguments);
+
+} // namespace krmodel

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include <QString>
+
+#include "core/mesh/Mesh.h"
+
+namespace krmodel {
+
+/// What one file holds. One mesh an object.
+using Model = std::vector<std::unique_ptr<Mesh>>;
+
+enum class Encoding { Binary, Text };
+
+/// What the program can do with one file format. All operations take a file name; exceptions of the library
+/// pass.
+struct Format {
+    const char* name;
+    const char* suffixes; ///< without points, separated by blanks, lower case
+    const char* description;
+    /// Reads a file; false when it is not readable as this format.
+    bool (*load)(const QString& fileName, Model& model);
+    /// Writes a model; false when the file cannot be opened for writing.
+    bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
+    /// Whether the file holds all that save() had to write. The library does not report a full disk.
+    bool (*isComplete)(const QString& fileName, const Model& model, Encoding encoding);
+    /// Whether the file is of this format but declares no facet: load() refuses such a file like a damaged
+    /// one.
+    bool (*declaresNothing)(const QString& fileName);
+    /// The variant that the file is in, for the report ("binary", "text").
+    QString (*variant)(const QString& fileName);
+};
+
+/// The format that the file name's suffix stands for, in any case; null when there is none.
+const Format* FindFormat(const QString& fileName);
+
+/// The suffixes of all formats for messages: ".stl".
+QString KnownSuffixes();
+
+} // namespace krmodel

@@ -1,0 +1,112 @@
+#include <cstdio>
+
+#include <QFile>
+#include <QLocale>
+
+#include "apps/krmodel/Commands.h"
+#include "apps/krmodel/Failure.h"
+#include "apps/krmodel/MeshReport.h"
+#include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/TextTable.h"
+
+namespace krmodel {
+
+namespace {
+
+// Digits as everywhere in the program's output: a point for decimals, thousands apart.
+QString Count(qint64 count)
+{
+    return QLocale(QLocale::English).toString(count);
+}
+
+QString Number(double value)
+{
+    return QString::number(value, 'g', 7);
+}
+
+QString Seconds(double seconds)
+{
+    return seconds < 1 ? QString::number(seconds * 1e3, 'f', 1) + QStringLiteral(" ms")
+                       : QString::number(seconds, 'f', 2) + QStringLiteral(" s");
+}
+
+/// Lets the peak that PeakMemory() reports start anew; without effect where the system does not offer it.
+void ResetPeakMemory()
+{
+    QFile file(QStringLiteral("/proc/self/clear_refs"));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        file.write("5");
+}
+
+/// The most memory that the process held, its own code included: "12.3 MiB".
+QString PeakMemory()
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("unknown");
+    for (const QByteArray& line : file.readAll().split('\n'))
+        if (line.startsWith("VmHWM:"))
+            return QString::number(line.simplified().split(' ').value(1).toDouble() / 1024, 'f', 1) +
+                   QStringLiteral(" MiB");
+    return QStringLiteral("unknown");
+}
+
+void AddAxis(TextTable& table, const char* name, float minimum, float maximum)
+{
+    table.AddRow({QLatin1String(name), Number(double(minimum)), Number(double(maximum)),
+                  Number(double(maximum) - double(minimum))});
+}
+
+void AddBounds(TextTable& table, const MeshBoundingBox& bounds)
+{
+    if (bounds.isEmpty) {
+        table.AddRow({QStringLiteral("bounds"), QStringLiteral("none, no vertex is finite")});
+        return;
+    }
+    table.AddRow({QStringLiteral("bounds"), QStringLiteral("minimum"), QStringLiteral("maximum"),
+                  QStringLiteral("size")});
+    AddAxis(table, "x", bounds.minimum.x, bounds.maximum.x);
+    AddAxis(table, "y", bounds.minimum.y, bounds.maximum.y);
+    AddAxis(table, "z", bounds.minimum.z, bounds.maximum.z);
+}
+
+void PrintReport(const QString& fileName, const LoadedModel& loaded)
+{
+    const MeshReport report = Measure(loaded.model);
+    const QString openEdges = report.openEdges == 0 ? QStringLiteral("0, closed") : Count(report.openEdges);
+    TextTable table;
+    table.AddRow({QStringLiteral("format"), QStringLiteral("%1, %2").arg(QLatin1String(loaded.format->name),
+                                                                         loaded.format->variant(fileName))});
+    table.AddRow({QStringLiteral("facets"), Count(report.facets)});
+    table.AddRow({QStringLiteral("vertices"), Count(report.vertices)});
+    AddBounds(table, report.bounds);
+    table.AddRow({QStringLiteral("volume"), Number(report.volume)});
+    table.AddRow({QStringLiteral("open edges"), openEdges});
+    table.AddRow({QStringLiteral("pieces"), Count(report.pieces)});
+    table.AddRow({QStringLiteral("read in"), Seconds(loaded.seconds)});
+    table.AddRow({QStringLiteral("peak memory"), PeakMemory()});
+    std::fputs((fileName + QLatin1Char('\n') + table.ToString()).toUtf8().constData(), stdout);
+}
+
+} // namespace
+
+ExitCode RunInfo(const Arguments& arguments)
+{
+    ExitCode firstFailure = ExitCode::Done;
+    bool isFirst = true;
+    for (const QString& fileName : arguments.inputs) {
+        try {
+            ResetPeakMemory();
+            const LoadedModel loaded = LoadModel(fileName);
+            std::fputs(isFirst ? "" : "\n", stdout);
+            isFirst = false;
+            PrintReport(fileName, loaded);
+        } catch (const Failure& failure) {
+            PrintError(failure.what());
+            firstFailure = firstFailure == ExitCode::Done ? failure.GetCode() : firstFailure;
+        }
+    }
+    return firstFailure;
+}
+
+} // namespace krmodel

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "apps/krmodel/Formats.h"
+
+namespace krmodel {
+
+/// What can be said of a model's surface.
+struct MeshReport {
+    qint64 facets = 0;
+    qint64 vertices = 0;
+    MeshBoundingBox bounds;
+    double volume = 0;    ///< of all meshes together, in cubed units of the file
+    qint64 openEdges = 0; ///< facet edges without a neighbour
+    qint64 pieces = 0;    ///< sets of facets that are connected by edges
+};
+
+MeshReport Measure(const Model& model);
+
+} // namespace krmodel

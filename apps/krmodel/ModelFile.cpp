@@ -1,0 +1,108 @@
+#include "apps/krmodel/ModelFile.h"
+
+#include <new>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include "apps/krmodel/Failure.h"
+
+namespace krmodel {
+
+namespace {
+
+[[noreturn]] void Fail(ExitCode code, const QString& fileName, const QString& reason)
+{
+    throw Failure(code, fileName + QStringLiteral(": ") + reason);
+}
+
+void RequireReadable(const QString& fileName)
+{
+    QFile file(fileName);
+    // Qt opens a directory without complaint and fails at the first read.
+    if (QFileInfo(file).isDir())
+        Fail(ExitCode::CannotOpen, fileName, QStringLiteral("cannot open, it is a directory"));
+    if (!file.open(QIODevice::ReadOnly))
+        Fail(ExitCode::CannotOpen, fileName, QStringLiteral("cannot open: ") + file.errorString());
+}
+
+const Format& InputFormat(const QString& fileName)
+{
+    if (const Format* format = FindFormat(fileName))
+        return *format;
+    Fail(ExitCode::NotReadable, fileName,
+         QStringLiteral("no format is known by this suffix; known are ") + KnownSuffixes());
+}
+
+/// What the library lets pass is a property of the file: a text without normals, counts that no memory
+/// serves.
+bool TryLoad(const Format& format, const QString& fileName, Model& model)
+{
+    try {
+        return format.load(fileName, model);
+    } catch (const std::bad_alloc&) {
+        Fail(ExitCode::NotReadable, fileName, QStringLiteral("needs more memory than there is"));
+    } catch (const std::exception&) {
+        Fail(ExitCode::NotReadable, fileName,
+             QStringLiteral("not readable as %1, parts of it are missing").arg(QLatin1String(format.name)));
+    }
+}
+
+bool HoldsFacets(const Model& model)
+{
+    for (const auto& mesh : model)
+        if (mesh->GetFaceNum() > 0)
+            return true;
+    return false;
+}
+
+bool TrySave(const Format& format, const QString& fileName, const Model& model, Encoding encoding)
+{
+    try {
+        return format.save(fileName, model, encoding);
+    } catch (const std::exception&) {
+        Fail(ExitCode::WriteFailed, fileName,
+             QStringLiteral("writing stopped half-way, the file is not complete"));
+    }
+}
+
+} // namespace
+
+LoadedModel LoadModel(const QString& fileName)
+{
+    RequireReadable(fileName);
+    LoadedModel loaded;
+    loaded.format = &InputFormat(fileName);
+    QElapsedTimer clock;
+    clock.start();
+    const bool isRead = TryLoad(*loaded.format, fileName, loaded.model);
+    loaded.seconds = double(clock.nsecsElapsed()) * 1e-9;
+    if (isRead ? !HoldsFacets(loaded.model) : loaded.format->declaresNothing(fileName))
+        Fail(ExitCode::Empty, fileName, QStringLiteral("holds no facet"));
+    if (!isRead)
+        Fail(ExitCode::NotReadable, fileName,
+             QStringLiteral("not readable as %1, it is damaged, cut short or of another format")
+                 .arg(QLatin1String(loaded.format->name)));
+    return loaded;
+}
+
+const Format& OutputFormat(const QString& fileName)
+{
+    if (const Format* format = FindFormat(fileName))
+        return *format;
+    Fail(ExitCode::Usage, fileName,
+         QStringLiteral("cannot tell the format to write from this suffix; known are ") + KnownSuffixes());
+}
+
+void SaveModel(const QString& fileName, const Model& model, Encoding encoding)
+{
+    const Format& format = OutputFormat(fileName);
+    if (!TrySave(format, fileName, model, encoding))
+        Fail(ExitCode::WriteFailed, fileName, QStringLiteral("cannot open for writing"));
+    if (!format.isComplete(fileName, model, encoding))
+        Fail(ExitCode::WriteFailed, fileName,
+             QStringLiteral("the file is not complete, the disk may be full"));
+}
+
+} // namespace krmodel

@@ -1,0 +1,126 @@
+#include "apps/krmodel/Scene.h"
+
+#include <algorithm>
+
+#include <Eigen/Geometry>
+
+namespace krmodel {
+
+namespace {
+
+using Box = Eigen::AlignedBox3d;
+
+Eigen::Vector3d Placed(const Matrix4<double>& transform, const Vector3D<float>& vertex)
+{
+    const double x = double(vertex.x), y = double(vertex.y), z = double(vertex.z);
+    const auto row = [&](int i) {
+        return transform.get(i, 0) * x + transform.get(i, 1) * y + transform.get(i, 2) * z +
+               transform.get(i, 3);
+    };
+    return {row(0), row(1), row(2)};
+}
+
+/// In doubles: the extent of a mesh may be beyond the range of a float.
+template<class Visit>
+void ForEachPlacedVertex(const Model& model, Visit visit)
+{
+    for (const auto& mesh : model) {
+        const Matrix4<double> transform = mesh->GetTransformMatrix();
+        for (const Vector3D<float>& vertex : *mesh->GetVerticesVecPtr())
+            visit(Placed(transform, vertex));
+    }
+}
+
+Box BoundsOf(const Model& model)
+{
+    Box bounds;
+    ForEachPlacedVertex(model, [&](const Eigen::Vector3d& point) {
+        if (point.allFinite())
+            bounds.extend(point);
+    });
+    return bounds.isEmpty() ? Box(Eigen::Vector3d::Zero(), Eigen::Vector3d::Zero()) : bounds;
+}
+
+void AddPoints(const Model& model, const Box& bounds, const Camera& camera, Scene& scene)
+{
+    const double radius = bounds.diagonal().norm() / 2;
+    const double scale = radius > 0 ? 1 / radius : 1;
+    const Eigen::Vector3d centre = bounds.center();
+    ForEachPlacedVertex(model, [&](const Eigen::Vector3d& point) {
+        scene.points.push_back((camera.GetRotation() * (point - centre) * scale).cast<float>());
+    });
+    scene.groundHeight = float((bounds.min().z() - centre.z()) * scale);
+}
+
+bool IsDrawable(const TriangleFace& face, const std::vector<Eigen::Vector3f>& points)
+{
+    return std::all_of(std::begin(face.v), std::end(face.v), [&](int index) {
+        return index >= 0 && size_t(index) < points.size() && points[size_t(index)].allFinite();
+    });
+}
+
+TriangleFace Shifted(const TriangleFace& face, int offset)
+{
+    const auto shifted = [offset](int index) { return index < 0 ? -1 : index + offset; };
+    return {shifted(face[0]), shifted(face[1]), shifted(face[2])};
+}
+
+void AddFaces(const Model& model, Scene& scene)
+{
+    const TriangleFace none(-1, -1, -1);
+    int firstPoint = 0;
+    for (const auto& mesh : model) {
+        const int firstFace = int(scene.faces.size());
+        for (const TriangleFace& face : *mesh->GetFacesVecPtr()) {
+            const TriangleFace shifted = Shifted(face, firstPoint);
+            scene.faces.push_back(IsDrawable(shifted, scene.points) ? shifted : none);
+        }
+        for (const TriangleFace& across : mesh->GetFaceNeighbours())
+            scene.neighbours.push_back(Shifted(across, firstFace));
+        scene.neighbours.resize(scene.faces.size(), none);
+        firstPoint += int(mesh->GetVerticesVecPtr()->size());
+    }
+}
+
+/// Moves the scene sideways until what the camera sees of it lies in the middle of the picture.
+void Centre(Scene& scene, const Camera& camera)
+{
+    Eigen::AlignedBox2f seen;
+    for (const Eigen::Vector3f& point : scene.points) {
+        const ScreenPoint screen = camera.Project(point);
+        if (point.allFinite())
+            seen.extend(Eigen::Vector2f(screen.x, screen.y));
+    }
+    if (seen.isEmpty())
+        return;
+    const float inverseDistance = camera.Project(Eigen::Vector3f::Zero()).inverseDistance;
+    const Eigen::Vector3f middle = camera.Unproject({seen.center().x(), seen.center().y(), inverseDistance});
+    for (Eigen::Vector3f& point : scene.points)
+        point -= middle;
+    scene.groundHeight -= middle.dot(camera.GetUp());
+}
+
+void Fit(Scene& scene, Camera& camera)
+{
+    const auto include = [&] {
+        for (const Eigen::Vector3f& point : scene.points)
+            if (point.allFinite())
+                camera.Include(point);
+    };
+    include();
+    Centre(scene, camera);
+    include();
+}
+
+} // namespace
+
+Scene BuildScene(const Model& model, Camera& camera)
+{
+    Scene scene;
+    AddPoints(model, BoundsOf(model), camera, scene);
+    AddFaces(model, scene);
+    Fit(scene, camera);
+    return scene;
+}
+
+} // namespace krmodel

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "apps/krmodel/Formats.h"
+
+/// The row of STL in the table of formats.
+namespace krmodel::stl {
+
+bool Load(const QString& fileName, Model& model);
+bool Save(const QString& fileName, const Model& model, Encoding encoding);
+bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
+bool DeclaresNothing(const QString& fileName);
+QString Variant(const QString& fileName);
+
+} // namespace krmodel::stl

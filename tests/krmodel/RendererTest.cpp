@@ -1,0 +1,224 @@
+#include "apps/krmodel/Renderer.h"
+
+#include <cmath>
+#include <limits>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "apps/krmodel/CornerNormals.h"
+#include "apps/krmodel/Scene.h"
+
+namespace {
+
+using krmodel::Camera;
+using krmodel::CornerNormals;
+using krmodel::kViews;
+using krmodel::Model;
+using krmodel::RenderModel;
+using krmodel::Scene;
+using krmodel::View;
+
+using Point = Vector3D<float>;
+
+constexpr QSize kSize(60, 40);
+constexpr View kFront{"front", 0, 0};
+
+void AddMesh(Model& model, const std::vector<Point>& vertices, const std::vector<TriangleFace>& faces)
+{
+    auto mesh = std::make_unique<Mesh>(0.03F);
+    mesh->AddVertexAndFaces(vertices, faces);
+    mesh->PostProcess(false, false, true, true, nullptr, nullptr);
+    model.push_back(std::move(mesh));
+}
+
+Model Tetrahedron(float size)
+{
+    Model model;
+    AddMesh(model, {{0, 0, 0}, {size, 0, 0}, {0, size, 0}, {0, 0, size}},
+            {{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}});
+    return model;
+}
+
+/// A square in the plane y = 0 that turns its front or its back to the viewer.
+Model Square(bool showsFront)
+{
+    Model model;
+    const std::vector<Point> vertices = {{0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1}};
+    if (showsFront)
+        AddMesh(model, vertices, {{0, 1, 2}, {0, 2, 3}});
+    else
+        AddMesh(model, vertices, {{0, 2, 1}, {0, 3, 2}});
+    return model;
+}
+
+QImage Backdrop(const View& view, QSize size)
+{
+    return RenderModel(Model(), view, size);
+}
+
+QRgb Middle(const QImage& image)
+{
+    return image.pixel(image.width() / 2, image.height() / 2);
+}
+
+template<class Predicate>
+int CountPixels(const QImage& image, const QImage& backdrop, Predicate isCounted)
+{
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            count += isCounted(image.pixel(x, y), backdrop.pixel(x, y)) ? 1 : 0;
+    return count;
+}
+
+int CountDrawnPixels(const Model& model, const View& view)
+{
+    return CountPixels(RenderModel(model, view, kSize), Backdrop(view, kSize),
+                       [](QRgb pixel, QRgb behind) { return pixel != behind; });
+}
+
+TEST(Renderer, DrawsTheBackdropAloneForAModelWithoutFaces)
+{
+    Model noFaces;
+    AddMesh(noFaces, {{1, 2, 3}}, {});
+    EXPECT_EQ(RenderModel(noFaces, kViews[0], kSize).size(), kSize);
+    EXPECT_EQ(CountDrawnPixels(noFaces, kViews[0]), 0);
+}
+
+TEST(Renderer, FillsThePictureWhateverTheSizeOfTheModel)
+{
+    for (const float size : {1e-30F, 0.001F, 1.0F, 1e6F, 3e38F})
+        EXPECT_GT(CountDrawnPixels(Tetrahedron(size), kViews[0]), kSize.width() * kSize.height() / 8) << size;
+}
+
+TEST(Renderer, ShowsTheWholeModelFromEachSide)
+{
+    for (const View& view : kViews) {
+        const QImage image = RenderModel(Tetrahedron(10), view, kSize), backdrop = Backdrop(view, kSize);
+        EXPECT_GT(CountDrawnPixels(Tetrahedron(10), view), 300) << view.name;
+        // The surface is blue; the border of the picture shows the backdrop or a grey shadow.
+        for (int x = 0; x < kSize.width(); ++x)
+            for (const int y : {0, kSize.height() - 1})
+                EXPECT_LT(qBlue(image.pixel(x, y)) - qRed(image.pixel(x, y)), 16) << view.name;
+    }
+}
+
+TEST(Renderer, LeavesOutFacesWithBadIndicesOrCornersThatAreNotFinite)
+{
+    constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    Model bad;
+    AddMesh(bad, {{0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1}, {kNotANumber, 0, 0}, {0, kInfinity, 0}},
+            {{0, 1, 2}, {0, 2, 3}, {0, 1, 4}, {0, 5, 2}, {0, 1, 99}, {-1, 1, 2}, {0, 0, 1}, {2, 2, 2}});
+    EXPECT_EQ(RenderModel(bad, kFront, kSize), RenderModel(Square(true), kFront, kSize));
+}
+
+TEST(Renderer, GivesTheBackOfASurfaceAnotherColour)
+{
+    const QRgb front = Middle(RenderModel(Square(true), kFront, kSize));
+    const QRgb back = Middle(RenderModel(Square(false), kFront, kSize));
+    EXPECT_GT(qBlue(front), qRed(front) + 50);
+    EXPECT_GT(qRed(back), qBlue(back) + 50);
+}
+
+TEST(Renderer, SmoothsTheBordersOfShapes)
+{
+    const QImage image = RenderModel(Square(true), {"turned", 20, 0}, kSize);
+    const auto isMixed = [](QRgb pixel) { return qBlue(pixel) - qRed(pixel) > 20 && qRed(pixel) > 150; };
+    std::set<QRgb> mixed;
+    for (int y = 0; y < kSize.height(); ++y)
+        for (int x = 0; x < kSize.width(); ++x)
+            if (isMixed(image.pixel(x, y)))
+                mixed.insert(image.pixel(x, y));
+    EXPECT_GT(mixed.size(), 5U);
+}
+
+TEST(Renderer, ThrowsAShadowOnTheGround)
+{
+    Model raised;
+    AddMesh(raised, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+    // A speck below it puts the ground there.
+    AddMesh(raised, {{0.5F, 0.5F, -0.6F}, {0.501F, 0.5F, -0.6F}, {0.5F, 0.501F, -0.6F}}, {{0, 1, 2}});
+    const QSize size(100, 100);
+    const auto isShadow = [](QRgb pixel, QRgb behind) {
+        return qAbs(qRed(pixel) - qBlue(pixel)) < 16 && qGray(pixel) < qGray(behind) - 20;
+    };
+    EXPECT_GT(CountPixels(RenderModel(raised, kViews[0], size), Backdrop(kViews[0], size), isShadow), 100);
+}
+
+TEST(Renderer, PlacesEachMeshByItsTransform)
+{
+    Matrix4<double> aside;
+    aside.set(0, 3, 3.0);
+    Model together = Square(true), apart = Square(true);
+    together.push_back(std::move(Square(true)[0]));
+    apart.push_back(std::move(Square(true)[0]));
+    apart[1]->SetTransformMatrix(aside);
+    EXPECT_NE(Middle(RenderModel(together, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
+    EXPECT_EQ(Middle(RenderModel(apart, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
+}
+
+TEST(Renderer, DrawsAMeshThatProvidesNoNeighbours)
+{
+    Model light = Tetrahedron(1);
+    light[0]->PostProcess(false, false, false, false, nullptr, nullptr);
+    EXPECT_GT(CountDrawnPixels(light, kViews[0]), 300);
+}
+
+Scene SceneOf(const Model& model)
+{
+    Camera camera(kFront, kSize);
+    return krmodel::BuildScene(model, camera);
+}
+
+/// A round wall of flat sides, three faces a side: two of the wall, one of the lid.
+Model RoundWithLid(int sides)
+{
+    std::vector<Point> vertices = {{0, 0, 1}};
+    std::vector<TriangleFace> faces;
+    for (int i = 0; i < sides; ++i) {
+        const double angle = 6.283185307179586 * i / sides;
+        vertices.emplace_back(float(std::cos(angle)), float(std::sin(angle)), 0.0F);
+        vertices.emplace_back(float(std::cos(angle)), float(std::sin(angle)), 1.0F);
+        const int low = 1 + 2 * i, next = 1 + 2 * ((i + 1) % sides);
+        faces.insert(faces.end(), {{low, next, next + 1}, {low, next + 1, low + 1}, {0, low + 1, next + 1}});
+    }
+    Model model;
+    AddMesh(model, vertices, faces);
+    return model;
+}
+
+TEST(CornerNormals, AreSmoothAcrossGentleEdgesAndBrokenAtCreases)
+{
+    constexpr int kSides = 24;
+    const Scene scene = SceneOf(RoundWithLid(kSides));
+    const CornerNormals normals(scene);
+    for (int side = 0; side < kSides; ++side) {
+        const int wall = 3 * side, lid = 3 * side + 2;
+        const Eigen::Vector3f& corner = scene.points[size_t(scene.faces[size_t(wall)][2])];
+        // Outwards like the circle: neither flat nor tilted by the lid.
+        EXPECT_GT(normals.At(wall, 2).dot((corner - scene.points[0]).normalized()), 0.998F) << side;
+        // In this view the model's z is the picture's y.
+        EXPECT_GT(normals.At(lid, 1).y(), 0.9999F) << side;
+    }
+}
+
+TEST(CornerNormals, StayFlatOnAShapeOfCreases)
+{
+    const CornerNormals normals(SceneOf(Tetrahedron(1)));
+    for (int face = 0; face < 4; ++face) {
+        EXPECT_TRUE(normals.At(face, 0).isApprox(normals.At(face, 1)));
+        EXPECT_TRUE(normals.At(face, 0).isApprox(normals.At(face, 2)));
+    }
+    EXPECT_FALSE(normals.At(0, 0).isApprox(normals.At(1, 0)));
+}
+
+TEST(CornerNormals, AreZeroForAFaceWithoutArea)
+{
+    Model model;
+    AddMesh(model, {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {{0, 1, 2}});
+    EXPECT_EQ(CornerNormals(SceneOf(model)).At(0, 0).norm(), 0.0F);
+}
+
+} // namespace
