@@ -1,0 +1,13 @@
+# Compiles, links and runs a program with nothing but what pkg-config says.
+include(${CMAKE_CURRENT_LIST_DIR}/PkgConfig.cmake)
+pkg_config_flags(flags --cflags --libs)
+file(MAKE_DIRECTORY ${WORK})
+execute_process(COMMAND ${COMPILER} -std=c++17 ${SOURCE} -o ${WORK}/consumer ${flags} RESULT_VARIABLE result)
+if(result)
+    message(FATAL_ERROR "the consumer does not build")
+endif()
+set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
+execute_process(COMMAND ${WORK}/consumer ${MODEL} ${WORK}/out.stl RESULT_VARIABLE result)
+if(result)
+    message(FATAL_ERROR "the consumer does not run: ${result}")
+endif()
