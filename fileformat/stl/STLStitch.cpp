@@ -2,7 +2,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <stdexcept>
 
 #include "core/math/EigenVecFunc3f.h"
@@ -28,13 +27,6 @@ void CornerBox::Add(const Vector3D<float>& point)
     }
     minimum = {std::min(minimum.x, point.x), std::min(minimum.y, point.y), std::min(minimum.z, point.z)};
     maximum = {std::max(maximum.x, point.x), std::max(maximum.y, point.y), std::max(maximum.z, point.z)};
-}
-
-float EdgeExtent(const Vector3D<float>& a, const Vector3D<float>& b)
-{
-    const float dx = std::fabs(b.x - a.x), dy = std::fabs(b.y - a.y), dz = std::fabs(b.z - a.z);
-    // An end that is not finite gives an infinite difference or a NaN, and the sum is neither number.
-    return std::isfinite(dx + dy + dz) ? std::max({dx, dy, dz}) : std::numeric_limits<float>::infinity();
 }
 
 namespace {

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
+#include "core/common/LargePages_p.h"
 #include "core/math/Vector3D.h"
 
 namespace kr::stl {
@@ -23,7 +25,11 @@ struct Place {
 /// as the logarithm of the group count.
 class SnapGroups {
 public:
-    explicit SnapGroups(std::size_t count) : m_nodes(count) {}
+    explicit SnapGroups(std::size_t count)
+    {
+        ReserveLarge(m_nodes, count);
+        m_nodes.resize(count);
+    }
 
     /// Where the group was last moved to; a null pointer while it is where it was at first.
     const Place* Find(std::size_t group) const

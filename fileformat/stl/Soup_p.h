@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "core/common/HalfEdgePairing_p.h"
@@ -33,9 +35,21 @@ struct Soup {
     bool isReordered = false; ///< position numbers do not stand in first-met order any more
 };
 
-/// The largest of |dx|, |dy|, |dz| over an edge; infinite when an end is not finite or they lie too far
-/// apart.
-float EdgeExtent(const Vector3D<float>& a, const Vector3D<float>& b);
+/// The largest of |dx|, |dy|, |dz| over an edge with finite ends.
+inline float LargestDifference(const Vector3D<float>& a, const Vector3D<float>& b)
+{
+    const float dx = std::fabs(b.x - a.x), dy = std::fabs(b.y - a.y), dz = std::fabs(b.z - a.z);
+    const float larger = dx > dy ? dx : dy;
+    return larger > dz ? larger : dz;
+}
+
+/// The same for any edge; infinite when an end is not finite or the ends lie too far apart.
+inline float EdgeExtent(const Vector3D<float>& a, const Vector3D<float>& b)
+{
+    // A difference that is infinite or NaN makes the product NaN.
+    const float sum = std::fabs(b.x - a.x) + std::fabs(b.y - a.y) + std::fabs(b.z - a.z);
+    return sum * 0.0f == 0.0f ? LargestDifference(a, b) : std::numeric_limits<float>::infinity();
+}
 
 /// A corner on a walk around its fan, and the side on which the walk leaves the corner's facet: through the
 /// corner's own half-edge (it starts there) or through the previous one (it ends there).

@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -33,19 +34,78 @@ struct SoupMeasures {
     float smallestEdge = 0;
 };
 
+// The soup's coordinates in one row, as the comparisons below like them: x, y, z, x, y, z, ...
+const float* CoordinatesOf(const Soup& soup)
+{
+    return soup.facetCount == 0 ? nullptr : &soup.corners[0].x;
+}
+
+// The box of the corners when all are finite; otherwise it is empty. Twelve running values, four corners'
+// worth, are what the compiler turns into vector instructions.
+CornerBox BoxOfFiniteSoup(const Soup& soup)
+{
+    constexpr std::size_t kLanes = 12;
+    const float* const values = CoordinatesOf(soup);
+    const std::size_t count = 9 * soup.facetCount;
+    CornerBox box;
+    if (count < kLanes)
+        return box;
+    float least[kLanes], most[kLanes], zero[kLanes] = {};
+    std::copy_n(values, kLanes, least);
+    std::copy_n(values, kLanes, most);
+    // The last step may take some values again; they begin at a corner like the others.
+    for (std::size_t step = 0; step < count; step += kLanes) {
+        const float* const at = values + std::min(step, count - kLanes);
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            least[lane] = at[lane] < least[lane] ? at[lane] : least[lane];
+            most[lane] = at[lane] > most[lane] ? at[lane] : most[lane];
+            zero[lane] += at[lane] * 0.0f; // NaN for good once a value is not finite
+        }
+    }
+    if (!std::all_of(zero, zero + kLanes, [](float value) { return value == 0; }))
+        return box;
+    for (std::size_t lane = 0; lane < kLanes; lane += 3) {
+        box.Add({least[lane], least[lane + 1], least[lane + 2]});
+        box.Add({most[lane], most[lane + 1], most[lane + 2]});
+    }
+    return box;
+}
+
+CornerBox WholeBox(const Soup& soup, CornerBox box)
+{
+    if (box.isEmpty)
+        std::for_each(soup.corners.begin(), soup.corners.begin() + 3 * soup.facetCount,
+                      [&](const Vector3D<float>& corner) { box.Add(corner); });
+    if (!soup.removedCorners.isEmpty) {
+        box.Add(soup.removedCorners.minimum);
+        box.Add(soup.removedCorners.maximum);
+    }
+    return box;
+}
+
+// One running minimum an edge of the facet, so that no comparison waits for the one before it.
+template<class Extent>
+float SmallestEdge(const Soup& soup, Extent extentOf)
+{
+    float least[3] = {soup.firstEdgeExtent, soup.firstEdgeExtent, soup.firstEdgeExtent};
+    for (std::size_t t = 0; t < soup.facetCount; ++t) {
+        const Vector3D<float>* corner = &soup.corners[3 * t];
+        for (int edge = 0; edge < 3; ++edge) {
+            const float extent = extentOf(corner[edge], corner[(edge + 1) % 3]);
+            least[edge] = extent < least[edge] ? extent : least[edge];
+        }
+    }
+    return std::min({least[0], least[1], least[2]});
+}
+
 SoupMeasures Measure(const Soup& soup)
 {
     SoupMeasures measures;
-    CornerBox box = soup.removedCorners;
-    measures.smallestEdge = soup.firstEdgeExtent;
-    for (std::size_t t = 0; t < soup.facetCount; ++t) {
-        const Vector3D<float>* corner = &soup.corners[3 * t];
-        for (int c = 0; c < 3; ++c) {
-            box.Add(corner[c]);
-            measures.smallestEdge =
-                std::min(measures.smallestEdge, EdgeExtent(corner[c], corner[(c + 1) % 3]));
-        }
-    }
+    const CornerBox finiteBox = BoxOfFiniteSoup(soup);
+    const bool isPlain =
+        !finiteBox.isEmpty && std::isfinite(EdgeExtent(finiteBox.minimum, finiteBox.maximum));
+    measures.smallestEdge = isPlain ? SmallestEdge(soup, LargestDifference) : SmallestEdge(soup, EdgeExtent);
+    const CornerBox box = WholeBox(soup, finiteBox);
     if (!box.isEmpty) {
         measures.box[0] = EigenVecFunc3f::VectorToEigen(box.minimum);
         measures.box[1] = EigenVecFunc3f::VectorToEigen(box.maximum) - measures.box[0];
@@ -59,32 +119,43 @@ bool HaveSameBits(const Vector3D<float>& a, const Vector3D<float>& b)
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+// A half-edge that had no partner at first. Everything the passes need of it is together: in a large file the
+// facets of neighbouring open edges lie far apart.
+struct OpenEdge {
+    HalfEdge halfEdge = 0;
+    std::int32_t startGroup = -1; // groups of the corners at its two ends, and where these lie at first
+    std::int32_t endGroup = -1;
+    Place start;
+    Place end;
+
+    std::int32_t Facet() const { return halfEdge / 3; }
+};
+
 class TolerantLinker {
 public:
-    explicit TolerantLinker(Soup& soup)
-        : m_soup(soup), m_mates(soup.links.mates.data()), m_openNumber(3 * soup.facetCount)
+    explicit TolerantLinker(Soup& soup) : m_soup(soup), m_mates(soup.links.mates.data())
     {
         CollectOpenEdges();
         CollectGroups();
     }
 
-    bool HasOpenEdges() const { return m_soup.links.unlinkedCount > 0; }
+    bool HasOpenEdges() const { return !m_remaining.empty(); }
 
     /// One pass over the open edges in order; edges whose ends fall into the same cells are linked.
     void LinkWithinCells(const std::array<Eigen::Vector3f, 2>& box, float tolerance)
     {
-        EdgeTable table(m_soup.links.unlinkedCount);
-        for (std::size_t i = 0; i < m_openEdges.size(); ++i) {
-            if (IsLinked(i))
-                continue;
-            MeshEigenEdgeInfo edge, partner;
-            edge.facet = m_openEdges[i] / 3;
-            edge.edge = m_openEdges[i] % 3;
-            const Eigen::Vector3f start = EigenVecFunc3f::VectorToEigen(PlaceOfStart(i).point);
-            const Eigen::Vector3f end = EigenVecFunc3f::VectorToEigen(PlaceOfEnd(i).point);
-            if (edge.update(start, end, box[0], tolerance) && table.TakePartnerOrInsert(edge, partner))
-                Link(i, OpenNumber(3 * partner.facet + partner.edge), edge.isOppositeEdge(partner));
+        EdgeTable table(m_remaining.size());
+        FiledEdge block[kBlock];
+        for (std::size_t first = 0; first < m_remaining.size(); first += kBlock) {
+            const std::size_t count = std::min(kBlock, m_remaining.size() - first);
+            for (std::size_t n = 0; n < count; ++n) {
+                block[n] = File(m_remaining[first + n], box, tolerance, table);
+                table.Prefetch(block[n].bucket);
+            }
+            for (std::size_t n = 0; n < count; ++n)
+                LinkOrInsert(block[n], box, tolerance, table);
         }
+        DropLinked();
     }
 
     /// One more pass over what is left: links edges whose ends differ by less than the reach on each axis,
@@ -94,110 +165,184 @@ public:
     {
         if (!(reach > 0) || !std::isfinite(reach))
             return;
-        NearEdgeGrid grid(m_openEdges.size(), reach);
-        for (std::size_t i = 0; i < m_openEdges.size(); ++i) {
-            if (IsLinked(i))
-                continue;
-            const EdgeEnds ends = EndsOf(i);
+        NearEdgeGrid grid(m_remaining.size(), reach);
+        for (std::size_t n = 0; n < m_remaining.size(); ++n) {
+            const std::int32_t i = m_remaining[n];
+            const EdgeEnds ends{PlaceOf(StartOf(i)).point, PlaceOf(EndOf(i)).point};
             const float extent = EdgeExtent(ends.start, ends.end);
             if (extent < reach || !std::isfinite(extent))
                 continue;
             std::optional<NearEdge> nearest;
-            grid.ForEachNear(ends, [&](std::size_t j, const EdgeEnds& other) {
-                if (!IsLinked(j) && m_openEdges[i] / 3 != m_openEdges[j] / 3)
+            grid.ForEachNear(ends, [&](std::size_t near, const EdgeEnds& other) {
+                const std::int32_t j = m_remaining[near];
+                if (!IsLinked(j) && At(i).Facet() != At(j).Facet())
                     ConsiderPartner(ends, j, other, reach, nearest);
             });
             if (nearest)
                 Link(i, nearest->openEdge, nearest->isOpposite);
             else
-                grid.Insert(i, ends);
+                grid.Insert(n, ends);
         }
+        DropLinked();
     }
 
     /// Writes the new places into the soup.
     void ApplyPlaces()
     {
-        for (std::size_t group = 0; group < m_groupEnds.size(); ++group)
+        for (std::size_t group = 0; group + 1 < m_groupStarts.size(); ++group)
             if (const Place* place = m_groups.Find(group))
-                ForEachCorner(m_groupEnds[group], [&](HalfEdge corner) { MoveCorner(corner, *place); });
+                for (std::size_t n = m_groupStarts[group]; n < m_groupStarts[group + 1]; ++n)
+                    MoveCorner(m_groupCorners[n], *place);
     }
 
 private:
+    static constexpr std::size_t kBlock = 16;
+    static constexpr std::size_t kAhead = 16;
+    static constexpr HalfEdge kStretch = 16;
+
+    // An edge's record with the places that it was made from.
+    struct FiledEdge {
+        std::int32_t openEdge = -1;
+        int bucket = 0;
+        bool takesPart = false;
+        Vector3D<float> start;
+        Vector3D<float> end;
+        MeshEigenEdgeInfo record;
+    };
+
     struct NearEdge {
-        std::size_t openEdge;
+        std::int32_t openEdge;
         bool isOpposite;
         float distance;
     };
 
-    // A corner at an end of an open edge, and the group that it moves with.
-    struct GroupEnd {
-        HalfEdge corner;
+    // A corner at an end of an open edge: the group that it moves with, and where it lies as long as that has
+    // not moved.
+    struct EdgeEnd {
         std::size_t group;
+        const Place& firstPlace;
     };
+
+    OpenEdge& At(std::int32_t i) { return m_openEdges[std::size_t(i)]; }
+    const OpenEdge& At(std::int32_t i) const { return m_openEdges[std::size_t(i)]; }
+    bool IsLinked(std::int32_t i) const { return m_mates[At(i).halfEdge].IsLinked(); }
+    EdgeEnd StartOf(std::int32_t i) const { return {std::size_t(At(i).startGroup), At(i).start}; }
+    EdgeEnd EndOf(std::int32_t i) const { return {std::size_t(At(i).endGroup), At(i).end}; }
+
+    const Place& PlaceOf(const EdgeEnd& end) const
+    {
+        const Place* const moved = m_groups.Find(end.group);
+        return moved ? *moved : end.firstPlace;
+    }
+
+    Place FirstPlaceOf(HalfEdge corner) const
+    {
+        return {m_soup.corners[std::size_t(corner)], m_soup.positionOf[std::size_t(corner / 3)][corner % 3]};
+    }
 
     void CollectOpenEdges()
     {
-        m_openEdges.reserve(m_soup.links.unlinkedCount);
-        for (std::size_t h = 0; h < 3 * m_soup.facetCount; ++h)
-            if (!m_mates[h].IsLinked()) {
-                m_openEdges.push_back(HalfEdge(h));
-                m_openNumber[h] = std::int32_t(m_openEdges.size());
-            }
+        ReserveLarge(m_openHalfEdges, m_soup.links.unlinkedCount);
+        m_openBefore.reserve(3 * m_soup.facetCount / kStretch + 1);
+        const HalfEdge count = HalfEdge(3 * m_soup.facetCount);
+        for (HalfEdge first = 0; first < count; first += kStretch) {
+            m_openBefore.push_back(std::int32_t(m_openHalfEdges.size()));
+            for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h)
+                if (!m_mates[h].IsLinked())
+                    m_openHalfEdges.push_back(h);
+        }
+        ReserveLarge(m_openEdges, m_openHalfEdges.size());
+        for (std::size_t i = 0; i < m_openHalfEdges.size(); ++i) {
+            if (i + kAhead < m_openHalfEdges.size())
+                Prefetch(m_openHalfEdges[i + kAhead]);
+            const HalfEdge h = m_openHalfEdges[i];
+            m_openEdges.push_back({h, -1, -1, FirstPlaceOf(h), FirstPlaceOf(NextInFacet(h))});
+        }
+        ReserveLarge(m_remaining, m_openEdges.size());
+        m_remaining.resize(m_openEdges.size());
+        std::iota(m_remaining.begin(), m_remaining.end(), 0);
     }
 
-    bool IsOpen(HalfEdge h) const { return m_openNumber[std::size_t(h)] != 0; }
-    std::size_t OpenNumber(HalfEdge h) const { return std::size_t(m_openNumber[std::size_t(h)]) - 1; }
-    bool IsLinked(std::size_t openEdge) const { return m_mates[m_openEdges[openEdge]].IsLinked(); }
-
-    // Visits the corners of a path from one of its ends; returns the last step, which faces an open edge.
-    // Ends because a path that begins at an open edge cannot run into a ring. Only links that were there at
-    // first are followed.
-    template<class Visit>
-    FanStep ForEachCorner(FanStep step, Visit visit) const
+    // Looks through a short stretch of a list that stays in the cache; a table over all half-edges would not.
+    std::int32_t NumberOf(HalfEdge openHalfEdge) const
     {
-        visit(step.corner);
-        while (!IsOpen(step.EdgeToCross())) {
-            step = CrossEdge(step, m_mates);
-            visit(step.corner);
-        }
-        return step;
+        std::int32_t number = m_openBefore[std::size_t(openHalfEdge / kStretch)];
+        while (m_openHalfEdges[std::size_t(number)] != openHalfEdge)
+            ++number;
+        return number;
+    }
+
+    void DropLinked()
+    {
+        const auto isLinked = [&](std::int32_t i) { return IsLinked(i); };
+        m_remaining.erase(std::remove_if(m_remaining.begin(), m_remaining.end(), isLinked),
+                          m_remaining.end());
     }
 
     void CollectGroups()
     {
-        m_groupOfStart.assign(m_openEdges.size(), kNoGroup);
-        m_groupOfEnd.assign(m_openEdges.size(), kNoGroup);
+        ReserveLarge(m_groupStarts, m_openEdges.size() + 1);
+        ReserveLarge(m_groupCorners, 2 * m_openEdges.size());
         for (std::size_t i = 0; i < m_openEdges.size(); ++i) {
-            if (m_groupOfStart[i] == kNoGroup)
-                AddGroup({m_openEdges[i], false}, m_groupOfStart[i]);
-            if (m_groupOfEnd[i] == kNoGroup)
-                AddGroup({NextInFacet(m_openEdges[i]), true}, m_groupOfEnd[i]);
+            if (i + kAhead < m_openEdges.size())
+                __builtin_prefetch(&m_mates[m_openEdges[i + kAhead].halfEdge]);
+            OpenEdge& edge = m_openEdges[i];
+            if (edge.startGroup < 0)
+                edge.startGroup = AddGroup({edge.halfEdge, false});
+            if (edge.endGroup < 0)
+                edge.endGroup = AddGroup({NextInFacet(edge.halfEdge), true});
         }
-        m_groups = SnapGroups(m_groupEnds.size());
+        m_groups = SnapGroups(m_groupStarts.size());
+        m_groupStarts.push_back(m_groupCorners.size());
     }
 
-    void AddGroup(const FanStep& nearEnd, std::size_t& groupOfNearEnd)
+    // Walks a path from one of its ends and tells the open edge at the other. Ends because a path that begins
+    // at an open edge cannot run into a ring.
+    std::int32_t AddGroup(FanStep step)
     {
-        const std::size_t group = m_groupEnds.size();
-        m_groupEnds.push_back(nearEnd);
-        groupOfNearEnd = group;
-        const FanStep farEnd = ForEachCorner(nearEnd, [](HalfEdge) {});
-        const std::size_t openEdge = OpenNumber(farEnd.EdgeToCross());
-        (farEnd.leavesThroughOwnEdge ? m_groupOfStart : m_groupOfEnd)[openEdge] = group;
+        const std::int32_t group = std::int32_t(m_groupStarts.size());
+        m_groupStarts.push_back(m_groupCorners.size());
+        m_groupCorners.push_back(step.corner);
+        while (m_mates[step.EdgeToCross()].IsLinked()) {
+            step = CrossEdge(step, m_mates);
+            m_groupCorners.push_back(step.corner);
+        }
+        OpenEdge& farEdge = At(NumberOf(step.EdgeToCross()));
+        (step.leavesThroughOwnEdge ? farEdge.startGroup : farEdge.endGroup) = group;
+        return group;
     }
 
-    Place PlaceOf(const GroupEnd& end) const
+    FiledEdge File(std::int32_t i, const std::array<Eigen::Vector3f, 2>& box, float tolerance,
+                   const EdgeTable& table) const
     {
-        if (const Place* place = m_groups.Find(end.group))
-            return *place;
-        return {m_soup.corners[std::size_t(end.corner)],
-                m_soup.positionOf[std::size_t(end.corner / 3)][end.corner % 3]};
+        FiledEdge filed;
+        filed.openEdge = i;
+        filed.start = PlaceOf(StartOf(i)).point;
+        filed.end = PlaceOf(EndOf(i)).point;
+        filed.record.facet = At(i).Facet();
+        filed.record.edge = At(i).halfEdge % 3;
+        filed.takesPart = filed.record.update(EigenVecFunc3f::VectorToEigen(filed.start),
+                                              EigenVecFunc3f::VectorToEigen(filed.end), box[0], tolerance);
+        filed.bucket = filed.takesPart ? table.BucketOf(filed.record) : 0;
+        return filed;
     }
-    Place PlaceOfStart(std::size_t i) const { return PlaceOf({m_openEdges[i], m_groupOfStart[i]}); }
-    Place PlaceOfEnd(std::size_t i) const { return PlaceOf({NextInFacet(m_openEdges[i]), m_groupOfEnd[i]}); }
-    EdgeEnds EndsOf(std::size_t i) const { return {PlaceOfStart(i).point, PlaceOfEnd(i).point}; }
 
-    static void ConsiderPartner(const EdgeEnds& ends, std::size_t j, const EdgeEnds& other, float reach,
+    // The edges before it may have moved the ends since the record was made.
+    void LinkOrInsert(FiledEdge& filed, const std::array<Eigen::Vector3f, 2>& box, float tolerance,
+                      EdgeTable& table)
+    {
+        const std::int32_t i = filed.openEdge;
+        if (!HaveSameBits(filed.start, PlaceOf(StartOf(i)).point) ||
+            !HaveSameBits(filed.end, PlaceOf(EndOf(i)).point))
+            filed = File(i, box, tolerance, table);
+        if (!filed.takesPart)
+            return;
+        const EdgeTable::Partner partner = table.TakePartnerOrInsert(filed.record, filed.bucket, i);
+        if (partner.number >= 0)
+            Link(i, partner.number, partner.isOpposite);
+    }
+
+    static void ConsiderPartner(const EdgeEnds& ends, std::int32_t j, const EdgeEnds& other, float reach,
                                 std::optional<NearEdge>& nearest)
     {
         const float opposite = std::max(EdgeExtent(ends.start, other.end), EdgeExtent(ends.end, other.start));
@@ -209,18 +354,16 @@ private:
             nearest = NearEdge{j, opposite <= sameWay, distance};
     }
 
-    void Link(std::size_t current, std::size_t earlier, bool isOpposite)
+    void Link(std::int32_t current, std::int32_t earlier, bool isOpposite)
     {
-        const HalfEdge a = m_openEdges[current], b = m_openEdges[earlier];
-        const GroupEnd aStart{a, m_groupOfStart[current]}, aEnd{NextInFacet(a), m_groupOfEnd[current]};
-        const GroupEnd bStart{b, m_groupOfStart[earlier]}, bEnd{NextInFacet(b), m_groupOfEnd[earlier]};
-        const GroupEnd& meetsStart = isOpposite ? bEnd : bStart;
-        const GroupEnd& meetsEnd = isOpposite ? bStart : bEnd;
-        Snap(aStart, meetsStart);
-        Snap(aEnd, meetsEnd);
-        m_groups.Join(aStart.group, meetsStart.group);
-        m_groups.Join(aEnd.group, meetsEnd.group);
+        const EdgeEnd meetsStart = isOpposite ? EndOf(earlier) : StartOf(earlier);
+        const EdgeEnd meetsEnd = isOpposite ? StartOf(earlier) : EndOf(earlier);
+        Snap(StartOf(current), meetsStart);
+        Snap(EndOf(current), meetsEnd);
+        m_groups.Join(StartOf(current).group, meetsStart.group);
+        m_groups.Join(EndOf(current).group, meetsEnd.group);
 
+        const HalfEdge a = At(current).halfEdge, b = At(earlier).halfEdge;
         m_mates[a] = isOpposite ? Mate::Opposite(b) : Mate::SameWay(b);
         m_mates[b] = isOpposite ? Mate::Opposite(a) : Mate::SameWay(a);
         m_soup.links.unlinkedCount -= 2;
@@ -229,11 +372,18 @@ private:
 
     // The earlier facet's corner, and all corners that move with it, go to where the current facet's corner
     // is.
-    void Snap(const GroupEnd& current, const GroupEnd& earlier)
+    void Snap(const EdgeEnd& current, const EdgeEnd& earlier)
     {
         const Place target = PlaceOf(current);
         if (!HaveSameBits(target.point, PlaceOf(earlier).point))
             m_groups.Move(earlier.group, target);
+    }
+
+    void Prefetch(HalfEdge corner) const
+    {
+        __builtin_prefetch(&m_soup.corners[std::size_t(corner)]);
+        __builtin_prefetch(&m_soup.positionOf[std::size_t(corner / 3)]);
+        __builtin_prefetch(&m_mates[corner]);
     }
 
     void MoveCorner(HalfEdge corner, const Place& place)
@@ -246,15 +396,15 @@ private:
         m_soup.isReordered = true;
     }
 
-    static constexpr std::size_t kNoGroup = std::size_t(-1);
-
     Soup& m_soup;
     Mate* m_mates;
-    std::vector<HalfEdge> m_openEdges;  // in order; all numbers of open edges below index this list
-    Scratch<std::int32_t> m_openNumber; // for each half-edge 1 + its place in m_openEdges, 0 for the others
-    std::vector<std::size_t> m_groupOfStart;
-    std::vector<std::size_t> m_groupOfEnd;
-    std::vector<FanStep> m_groupEnds; // for each group one of its ends, facing inwards
+    std::vector<OpenEdge> m_openEdges;      // in order; numbers of open edges below index this list
+    std::vector<HalfEdge> m_openHalfEdges;  // the same ones, for NumberOf
+    std::vector<std::int32_t> m_openBefore; // for each stretch of half-edges, the open ones before it
+    std::vector<std::int32_t> m_remaining;  // the ones still open when the pass began
+    std::vector<HalfEdge> m_groupCorners;   // group by group
+    std::vector<std::size_t>
+        m_groupStarts; // for each group its first place in m_groupCorners, and the end of all
     SnapGroups m_groups{0};
 };
 
