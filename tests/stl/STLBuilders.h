@@ -123,7 +123,9 @@ public:
     QString Write(const QByteArray& bytes, const QString& name = QStringLiteral("model.stl")) const
     {
         QFile file(Path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        // A new file each time: some file systems write a truncated one out to the disk when it is closed.
+        file.remove();
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         EXPECT_EQ(file.write(bytes), bytes.size());
         return Path(name);
     }
