@@ -27,7 +27,7 @@ struct MeshBoundingBox {
 /// faces.
 ///
 /// A mesh can be copied and moved. A mesh that was moved from is empty, with both counts 0, as after
-/// Cleanup(), and may be filled again.
+/// Cleanup(), has no name any more, and may be filled again.
 ///
 /// Different meshes may be used from different threads at once. Of one mesh all const operations may run at
 /// once; nothing else may run beside a non-const operation.

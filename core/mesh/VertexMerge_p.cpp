@@ -146,7 +146,7 @@ public:
         for (const double x : spans[0])
             for (const double y : spans[1])
                 for (const double z : spans[2])
-                    earliest = std::min(earliest, EarliestIn(BucketOf(x, y, z), point, earliest));
+                    earliest = EarliestIn(BucketOf(x, y, z), point, earliest);
         if (earliest == newNumber)
             Insert(point, newNumber);
         return earliest;
@@ -154,30 +154,20 @@ public:
 
 private:
     // The one or two cell numbers along an axis. They stay doubles: a far point over a small distance has a
-    // number that no integer holds. Such a point is further from all others than the distance, so of the
-    // numbers in between, which rounding may skip, only its own matters.
+    // number that no integer holds. The distance is a quarter of a cell, so that rounding never leaves a
+    // third number in between.
     struct Span {
-        std::array<double, 3> cells{};
-        int count = 0;
+        std::array<double, 2> cells;
 
-        void Add(double cell)
-        {
-            if (count == 0 || cells[std::size_t(count - 1)] != cell)
-                cells[std::size_t(count++)] = cell;
-        }
         const double* begin() const { return cells.data(); }
-        const double* end() const { return cells.data() + count; }
+        const double* end() const { return cells.data() + (cells[0] == cells[1] ? 1 : 2); }
     };
 
     double CellOf(double coordinate) const { return std::floor(coordinate / m_cellSize); }
 
     Span SpanAround(float coordinate) const
     {
-        Span span;
-        span.Add(CellOf(double(coordinate) - m_distance));
-        span.Add(CellOf(double(coordinate)));
-        span.Add(CellOf(double(coordinate) + m_distance));
-        return span;
+        return {{CellOf(double(coordinate) - m_distance), CellOf(double(coordinate) + m_distance)}};
     }
 
     std::size_t BucketOf(double x, double y, double z) const
