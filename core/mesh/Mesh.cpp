@@ -225,18 +225,15 @@ const std::vector<TriangleFace>& Mesh::GetFaceNeighbours() const
 
 MeshBoundingBox Mesh::GetBoundingBox() const
 {
-    MeshBoundingBox box;
+    constexpr float kBeyond = std::numeric_limits<float>::infinity();
+    Point low(kBeyond, kBeyond, kBeyond), high(-kBeyond, -kBeyond, -kBeyond);
     for (const Point& point : m_vertices) {
         if (!IsFinite(point))
             continue;
-        if (box.isEmpty)
-            box = {point, point, false};
-        box.minimum = {std::min(box.minimum.x, point.x), std::min(box.minimum.y, point.y),
-                       std::min(box.minimum.z, point.z)};
-        box.maximum = {std::max(box.maximum.x, point.x), std::max(box.maximum.y, point.y),
-                       std::max(box.maximum.z, point.z)};
+        low = {std::min(low.x, point.x), std::min(low.y, point.y), std::min(low.z, point.z)};
+        high = {std::max(high.x, point.x), std::max(high.y, point.y), std::max(high.z, point.z)};
     }
-    return box;
+    return low.x > high.x ? MeshBoundingBox() : MeshBoundingBox{low, high, false};
 }
 
 void Mesh::TakeCounts()

@@ -1,5 +1,7 @@
 #include "core/mesh/MapStatement_p.h"
 
+#include <random>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -124,6 +126,28 @@ TEST(MapStatement, NumbersThatAnOptionNeedNotHaveMayBeginTheName)
 TEST(MapStatement, WordThatIsNoOptionMayBeginTheName)
 {
     EXPECT_EQ(NamesIn("map_Kd -old 2 oaks.png"), List({"oaks.png", "2 oaks.png", "-old 2 oaks.png"}));
+}
+
+TEST(MapStatement, NamesAreTailsOfTheStatementTheShortestFirst)
+{
+    const QStringList words =
+        List({"-s", "-clamp", "-new", "-", "on", "1", "-2.5", "a.png", "\"b", "c\"", "-mm"});
+    std::mt19937 random(41);
+    for (int round = 0; round < 20000; ++round) {
+        QStringList tokens = {QStringLiteral("map_Kd")};
+        for (int count = int(random() % 9); count > 0; --count)
+            tokens += words[int(random() % 11)];
+        const QString statement = tokens.join(QLatin1Char(' '));
+        const QStringList names = kr::FileNamesOfMapStatement(tokens);
+        ASSERT_EQ(names.isEmpty(), tokens.size() == 1) << statement.toStdString();
+        ASSERT_LE(names.size(), 5);
+        for (int i = 0; i < names.size(); ++i) {
+            const bool isQuoted = statement.endsWith(QLatin1Char('"') + names[i] + QLatin1Char('"'));
+            ASSERT_TRUE(isQuoted || statement.endsWith(QLatin1Char(' ') + names[i]))
+                << statement.toStdString();
+            ASSERT_TRUE(i == 0 || names[i].size() > names[i - 1].size()) << statement.toStdString();
+        }
+    }
 }
 
 TEST(MapStatement, NamesFewWhateverTheLengthOfTheLine)

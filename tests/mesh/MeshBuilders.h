@@ -4,6 +4,8 @@
 #include <random>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "core/mesh/Mesh.h"
 
 using Point = Vector3D<float>;

@@ -148,6 +148,25 @@ TEST(MeshFinalise, MayTakeItsOwnVerticesAsTheBuffer)
     EXPECT_EQ(*mesh.GetVerticesVecPtr(), CubeCorners());
 }
 
+TEST(MeshFinalise, DoneTwiceChangesNothing)
+{
+    std::mt19937 random(20);
+    for (int round = 0; round < 500; ++round) {
+        const int count = RandomInt(random, 0, 40);
+        Mesh mesh = MakeMesh(RandomPoints(random, count, 6, 0.02f), RandomFaces(random, 40, -1, count));
+        mesh.PostProcess(true, true, true, true, nullptr, nullptr);
+        const Mesh once = mesh;
+        mesh.PostProcess(true, true, true, true, nullptr, nullptr);
+        ASSERT_EQ(*mesh.GetVerticesVecPtr(), *once.GetVerticesVecPtr());
+        ASSERT_EQ(*mesh.GetFacesVecPtr(), *once.GetFacesVecPtr());
+        ASSERT_EQ(mesh.GetVertexNormals(), once.GetVertexNormals());
+        ASSERT_EQ(mesh.GetFaceNeighbours(), once.GetFaceNeighbours());
+        ExpectCountsMatchLists(mesh, once.GetVerticesVecPtr()->size(), once.GetFacesVecPtr()->size());
+        ASSERT_EQ(mesh.GetFaceNormals().size(), mesh.GetFacesVecPtr()->size());
+        ASSERT_EQ(mesh.GetVertexNormals().size(), mesh.GetVerticesVecPtr()->size());
+    }
+}
+
 TEST(MeshDrop, DropsFacesThatNameAVertexTwice)
 {
     Mesh mesh = MakeMesh(CubeCorners(),

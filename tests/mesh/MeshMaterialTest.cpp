@@ -1,4 +1,6 @@
 #include <cmath>
+#include <functional>
+#include <limits>
 #include <random>
 
 #include <gtest/gtest.h>

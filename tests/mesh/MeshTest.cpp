@@ -224,6 +224,16 @@ TEST(Mesh, MoveBeforeAnythingIsBuiltBuildsAtTheNewPlace)
     EXPECT_TRUE(source.GetFaceNeighbours().empty());
 }
 
+TEST(Mesh, MovedOntoItselfStaysConsistent)
+{
+    Mesh mesh = RichCube();
+    Mesh& same = mesh;
+    mesh = std::move(same);
+    ExpectCountsMatchLists(mesh, mesh.GetVerticesVecPtr()->size(), mesh.GetFacesVecPtr()->size());
+    mesh.Cleanup();
+    ExpectUsable(mesh);
+}
+
 TEST(Mesh, MovesWithoutThrowing)
 {
     // So that a list of meshes grows by moving them.

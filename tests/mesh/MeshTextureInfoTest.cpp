@@ -1,7 +1,7 @@
 #include "core/mesh/MeshTextureInfo.h"
 
 #include <cstdint>
-#include <memory>
+#include <cstring>
 
 #include <sys/stat.h>
 
@@ -43,7 +43,7 @@ QString ColorsOf(const MeshTextureInfo& info)
     QString colors;
     for (int i = 0; i + 3 < info.pixels.size(); i += 4) {
         QRgb pixel;
-        memcpy(&pixel, info.pixels.constData() + i, sizeof pixel);
+        std::memcpy(&pixel, info.pixels.constData() + i, sizeof pixel);
         const QRgb known[] = {qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255), qRgb(255, 255, 255)};
         QChar letter = QLatin1Char('?');
         for (int k = 0; k < 4; ++k)
