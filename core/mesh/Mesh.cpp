@@ -142,10 +142,10 @@ void Mesh::PostProcess(bool mergeVertices, bool dropRepeatedCorners, bool provid
                        bool provideNeighbours, const std::vector<Point*>* vertexNormals,
                        std::map<long long, int>* edgeFaceCounts)
 {
-    Provide(provideNormals, provideNeighbours);
     std::vector<Point> givenNormals;
-    if (vertexNormals)
+    if (vertexNormals) // copied first: they may stand in the list that is dropped next
         givenNormals = CopyNormals(*vertexNormals, m_vertices.size());
+    Provide(provideNormals, provideNeighbours);
     if (mergeVertices) {
         const kr::VertexNumbers numbers = kr::MergeCloseVertices(m_vertices, m_mergeDistanceMm);
         Renumber(m_faces, numbers);

@@ -359,6 +359,18 @@ TEST(MeshNormals, GivenButNotAskedForAreIgnored)
     EXPECT_TRUE(mesh.GetVertexNormals().empty());
 }
 
+TEST(MeshNormals, GivenOnesMayBeThoseProvidedBefore)
+{
+    Mesh mesh = Cube();
+    Finalise(mesh, true, false);
+    const Points before = mesh.GetVertexNormals();
+    std::vector<Point*> given;
+    for (const Point& normal : mesh.GetVertexNormals())
+        given.push_back(const_cast<Point*>(&normal)); // only read
+    mesh.PostProcess(false, false, true, false, &given, nullptr);
+    EXPECT_EQ(mesh.GetVertexNormals(), before);
+}
+
 TEST(MeshNormals, GivenOnesFollowTheMerge)
 {
     Point first(1, 0, 0), second(0, 1, 0), third(0, 0, 1);
