@@ -53,16 +53,16 @@ void RequireWhole(const Mesh& mesh)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const MemoryFile file;
-    static const QString name = file.Name();
+    static const MemoryFile kFile;
+    static const QString kName = kFile.Name();
     constexpr int kHeaderSizes[] = {80, 80, 80, 0, 5, 84, -1, 1025};
-    file.Write(data, size);
+    kFile.Write(data, size);
     const unsigned choice = size > 0 ? data[size - 1] : 0;
     Mesh mesh(0.03f);
     bool isLoaded = false;
     try {
         isLoaded =
-            STLFile::LoadFile(name, mesh, (choice & 8) != 0, kHeaderSizes[choice & 7], (choice & 16) != 0);
+            STLFile::LoadFile(kName, mesh, (choice & 8) != 0, kHeaderSizes[choice & 7], (choice & 16) != 0);
     } catch (const std::out_of_range&) {
         // The promised answer to a text with fewer normals than facets.
     }
