@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/common/SignedVolume_p.h"
 #include "core/mesh/FaceGeometry_p.h"
 #include "core/mesh/VertexMerge_p.h"
 
@@ -93,20 +94,15 @@ void PackFirsts(std::vector<Point>& normals, const kr::VertexNumbers& numbers)
     normals.resize(kept);
 }
 
-Point FirstFinite(const std::vector<Point>& vertices)
-{
-    const auto found = std::find_if(vertices.begin(), vertices.end(), IsFinite);
-    return found == vertices.end() ? Point() : *found;
-}
+// In a mesh whose faces stand in no order each vertex is a wait for memory, unless it is asked for in time.
+constexpr std::size_t kFacesAhead = 16;
 
-// Six times the signed volume of the tetrahedron from the origin to the face. Not finite when a corner is
-// not: each coordinate is a factor of a term, and no term that is not finite can vanish.
-double SixfoldVolume(const Point& a, const Point& b, const Point& c, const Vector3D<double>& origin)
+void PrefetchCorners(const std::vector<TriangleFace>& faces, std::size_t face,
+                     const std::vector<Point>& vertices)
 {
-    const double ax = double(a.x) - origin.x, ay = double(a.y) - origin.y, az = double(a.z) - origin.z;
-    const double bx = double(b.x) - origin.x, by = double(b.y) - origin.y, bz = double(b.z) - origin.z;
-    const double cx = double(c.x) - origin.x, cy = double(c.y) - origin.y, cz = double(c.z) - origin.z;
-    return ax * (by * cz - bz * cy) + ay * (bz * cx - bx * cz) + az * (bx * cy - by * cx);
+    if (face < faces.size() && IsInside(faces[face], vertices.size()))
+        for (const int vertex : faces[face].v)
+            __builtin_prefetch(&vertices[std::size_t(vertex)]);
 }
 
 } // namespace
@@ -188,20 +184,16 @@ void Mesh::PostProcessMergeRawVertexBuffer()
 
 double Mesh::CalcuateVolume() const
 {
-    // From a point of the mesh: seen from far away the terms would be large and cancel.
-    const Point first = FirstFinite(m_vertices);
-    const Vector3D<double> origin(double(first.x), double(first.y), double(first.z));
     const Point* const vertices = m_vertices.data();
     const std::size_t vertexCount = m_vertices.size();
-    double sum = 0;
-    for (const TriangleFace& face : m_faces) {
-        if (!IsInside(face, vertexCount))
-            continue;
-        const double part =
-            SixfoldVolume(vertices[face.v[0]], vertices[face.v[1]], vertices[face.v[2]], origin);
-        sum += std::isfinite(part) ? part : 0.0;
+    kr::SignedVolume volume;
+    for (std::size_t i = 0; i < m_faces.size(); ++i) {
+        const TriangleFace& face = m_faces[i];
+        PrefetchCorners(m_faces, i + kFacesAhead, m_vertices);
+        if (IsInside(face, vertexCount))
+            volume.Add(vertices[face.v[0]], vertices[face.v[1]], vertices[face.v[2]]);
     }
-    return sum / 6;
+    return volume.Value();
 }
 
 const std::vector<Vector3D<float>>& Mesh::GetFaceNormals() const

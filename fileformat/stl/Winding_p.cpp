@@ -1,7 +1,7 @@
-#include <cmath>
 #include <utility>
 #include <vector>
 
+#include "core/common/SignedVolume_p.h"
 #include "fileformat/stl/Soup_p.h"
 
 namespace kr::stl {
@@ -72,27 +72,14 @@ void MakeWindingConsistent(Soup& soup)
     soup.links.sameWayCount = CountSameWayPairs(soup.links.mates);
 }
 
-// Divergence theorem: each facet and the first corner span a tetrahedron. Facets without area add exactly 0,
-// facets with a corner that is not finite are passed over: neither may decide the sign.
 bool IsInsideOut(const Soup& soup)
 {
-    double sixfoldVolume = 0;
-    Vector3D<float> origin;
-    bool hasOrigin = false;
+    SignedVolume volume;
     for (std::size_t t = 0; t < soup.facetCount; ++t) {
         const Vector3D<float>* corner = &soup.corners[3 * t];
-        const Vector3D<double> area = CalcAreaVector(corner[0], corner[1], corner[2]);
-        if (!std::isfinite(area.x + area.y + area.z))
-            continue;
-        if (!hasOrigin) {
-            origin = corner[0];
-            hasOrigin = true;
-        }
-        sixfoldVolume += (double(corner[0].x) - double(origin.x)) * area.x +
-                         (double(corner[0].y) - double(origin.y)) * area.y +
-                         (double(corner[0].z) - double(origin.z)) * area.z;
+        volume.Add(corner[0], corner[1], corner[2]);
     }
-    return sixfoldVolume < 0;
+    return volume.Value() < 0;
 }
 
 } // namespace kr::stl
