@@ -252,7 +252,8 @@ TEST_F(Krmodel, ReportsAFullDisk)
 {
     for (const char* name : {"full.stl", "full.png"})
         ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), Path(name)));
-    for (const char* line : {"convert %1 full.stl", "convert %1 full.stl --ascii", "preview %1 full.png"}) {
+    for (const char* line :
+         {"convert %1 full.stl", "convert %1 full.stl --ascii", "preview %1 full.png --size 64x48"}) {
         const ProgramRun run = Run(Words(line, Sample("gear.stl")));
         EXPECT_EQ(run.exitCode, WriteFailed) << line;
         EXPECT_TRUE(run.errors.startsWith(QStringLiteral("krmodel: full."))) << line;
@@ -279,7 +280,7 @@ TEST_F(Krmodel, TakesNamesWithALeadingDashBehindTwoDashes)
     EXPECT_EQ(Run("info -- -x.stl").exitCode, Done);
     EXPECT_EQ(Run("convert --ascii -- -x.stl -y.stl").exitCode, Done);
     EXPECT_EQ(Cell(Run("info ./-y.stl"), "format"), QStringLiteral("STL, text"));
-    EXPECT_EQ(Run("preview -- -x.stl -x.png").exitCode, Done);
+    EXPECT_EQ(Run("preview --size 64x48 -- -x.stl -x.png").exitCode, Done);
     EXPECT_EQ(Run("info -x.stl").exitCode, Usage);
 }
 
@@ -357,7 +358,7 @@ TEST_F(Krmodel, PreviewDrawsAPictureOfTheSizeAskedFor)
 
 TEST_F(Krmodel, PreviewIsTheSameEachTime)
 {
-    EXPECT_EQ(Preview(""), Preview(""));
+    EXPECT_EQ(Preview("--size 160x120"), Preview("--size 160x120"));
 }
 
 TEST_F(Krmodel, PreviewLooksFromEachSideNamed)
@@ -372,7 +373,7 @@ TEST_F(Krmodel, PreviewLooksFromEachSideNamed)
 
 TEST_F(Krmodel, PreviewNeedsNoDisplay)
 {
-    const ProgramRun run = Run(Words("preview %1 picture.png", Sample("gear.stl")),
+    const ProgramRun run = Run(Words("preview %1 picture.png --size 64x48", Sample("gear.stl")),
                                Words("DISPLAY= WAYLAND_DISPLAY= QT_QPA_PLATFORM=none-such"));
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
