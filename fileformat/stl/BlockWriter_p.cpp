@@ -42,7 +42,8 @@ void BlockWriter::AppendZeros(std::size_t count)
 
 void BlockWriter::Flush()
 {
-    m_device.write(m_block.get(), m_position - m_block.get());
+    if (m_position != m_block.get())
+        m_device.write(m_block.get(), m_position - m_block.get());
     m_position = m_block.get();
 }
 

@@ -50,13 +50,13 @@ public:
             m_size = 0;
         std::copy_n(begin, m_size, m_bytes);
     }
-    // The position behind the gap, or null when it does not stand there.
-    const char* Skip(const char* position, const char* limit) const
+    // Steps over the gap if the bytes begin with it.
+    bool Skip(std::string_view& bytes) const
     {
-        if (m_size == 0 || static_cast<std::size_t>(limit - position) < m_size ||
-            std::memcmp(position, m_bytes, m_size) != 0)
-            return nullptr;
-        return position + m_size;
+        if (m_size == 0 || bytes.size() < m_size || std::memcmp(bytes.data(), m_bytes, m_size) != 0)
+            return false;
+        bytes.remove_prefix(m_size);
+        return true;
     }
 
 private:
@@ -64,8 +64,9 @@ private:
     char m_bytes[kLongestGap];
 };
 
-// Three tokens of a statement, all of them in memory, each with the byte behind it. Each gives the position
-// behind what it took, or null for anything unusual, which the general rules then read from the same place.
+// The following step over tokens and the byte behind each, as long as all are in memory and of the usual
+// kind. What they refuse the general rules read from where the statement begins.
+
 const char* SkipSeparators(const char* position, const char* limit)
 {
     while (position != limit && !kTokenBytes[*position])
@@ -73,32 +74,39 @@ const char* SkipSeparators(const char* position, const char* limit)
     return position;
 }
 
-const char* SkipUsualTokens(const char* position, const char* limit)
+bool SkipUsualTokens(std::string_view& bytes)
 {
+    const char* position = bytes.data();
+    const char* const limit = position + bytes.size();
     for (int i = 0; i < 3; ++i) {
         position = SkipSeparators(position, limit);
         while (position != limit && kTokenBytes[*position])
             ++position;
         if (position == limit)
-            return nullptr;
+            return false;
         ++position;
     }
-    return position;
+    bytes.remove_prefix(static_cast<std::size_t>(position - bytes.data()));
+    return true;
 }
 
-const char* ReadUsualPoint(const char* position, const char* limit, Vector3D<float>& point)
+bool ReadUsualPoint(std::string_view& bytes, Vector3D<float>& point)
 {
+    const char* position = bytes.data();
+    const char* const limit = position + bytes.size();
     double numbers[3];
     for (double& number : numbers) {
         position = ScanUsualDecimal(SkipSeparators(position, limit), limit, number);
         if (!position || position == limit || kTokenBytes[*position])
-            return nullptr;
+            return false;
         ++position;
     }
+    bytes.remove_prefix(static_cast<std::size_t>(position - bytes.data()));
     point = {static_cast<float>(numbers[0]), static_cast<float>(numbers[1]), static_cast<float>(numbers[2])};
-    return position;
+    return true;
 }
 
+// m_gap... and m_isBehindNormal only make things faster: nothing that is read depends on them.
 class TextReader {
 public:
     TextReader(BlockReader& source, std::size_t expectedCorners) : m_source(source)
@@ -119,8 +127,8 @@ private:
 
     void SkipLine();
     void ReadUsualFacets();
-    const char* ReadUsualNormal(const char* position, const char* limit);
-    const char* ReadUsualVertex(const Gap& gap, const char* position, const char* limit);
+    bool ReadUsualNormal();
+    bool ReadUsualVertex(const Gap& gap);
     Progress ReadStatement();
     const Statement* FindStatement();
     std::string_view NextToken();
@@ -164,52 +172,36 @@ void TextReader::SkipLine()
         byte = m_source.NextByte();
 }
 
-// Takes facets as long as they look like the ones before. Stops between two statements, wherever that is.
+// Takes statements as long as they follow each other as in the facet before, and stops in front of the first
+// that does not.
 void TextReader::ReadUsualFacets()
 {
-    const std::string_view bytes = m_source.Buffered();
-    const char* const limit = bytes.data() + bytes.size();
-    const Gap* const vertexGaps[] = {&m_gapBeforeFirstVertex, &m_gapBeforeNextVertex, &m_gapBeforeNextVertex};
-    const char* position = bytes.data();
-    bool isUsual = true;
-    while (isUsual) {
-        const char* next = ReadUsualNormal(position, limit);
-        for (const Gap* const gap : vertexGaps) {
-            if (!next)
-                break;
-            position = next;
-            next = ReadUsualVertex(*gap, position, limit);
-        }
-        isUsual = next != nullptr;
-        if (isUsual)
-            position = next;
+    while (ReadUsualNormal() && ReadUsualVertex(m_gapBeforeFirstVertex) &&
+           ReadUsualVertex(m_gapBeforeNextVertex) && ReadUsualVertex(m_gapBeforeNextVertex)) {
     }
-    m_source.SkipTo(position);
 }
 
-const char* TextReader::ReadUsualNormal(const char* position, const char* limit)
+bool TextReader::ReadUsualNormal()
 {
-    position = m_gapBeforeNormal.Skip(position, limit);
-    if (position)
-        position = SkipUsualTokens(position, limit);
-    if (position) {
-        ++m_soup.normalCount;
-        m_isBehindNormal = true;
-    }
-    return position;
+    std::string_view bytes = m_source.Buffered();
+    if (!m_gapBeforeNormal.Skip(bytes) || !SkipUsualTokens(bytes))
+        return false;
+    m_source.SkipTo(bytes.data());
+    m_isBehindNormal = true;
+    ++m_soup.normalCount;
+    return true;
 }
 
-const char* TextReader::ReadUsualVertex(const Gap& gap, const char* position, const char* limit)
+bool TextReader::ReadUsualVertex(const Gap& gap)
 {
+    std::string_view bytes = m_source.Buffered();
     Vector3D<float> corner;
-    position = gap.Skip(position, limit);
-    if (position)
-        position = ReadUsualPoint(position, limit, corner);
-    if (position) {
-        AppendCorner(corner);
-        m_isBehindNormal = false;
-    }
-    return position;
+    if (!gap.Skip(bytes) || !ReadUsualPoint(bytes, corner))
+        return false;
+    m_source.SkipTo(bytes.data());
+    m_isBehindNormal = false;
+    AppendCorner(corner);
+    return true;
 }
 
 TextReader::Progress TextReader::ReadStatement()
@@ -273,7 +265,7 @@ TextReader::Progress TextReader::ReadEndOfSolid()
     return FindSolid(m_source, probe, probeSize) == SolidSearch::Found ? Progress::More : Progress::End;
 }
 
-// A gap that lies in two blocks is left to the next time.
+// Learns what stands between the beginning of the statement and here, unless a block ends in between.
 void TextReader::LearnGap(Gap& gap)
 {
     if (m_statementBlock == m_source.BlockNumber())
