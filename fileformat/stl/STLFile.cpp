@@ -103,15 +103,13 @@ std::optional<TriangleSoup> ReadSoup(const QString& fileName, int headerSize, bo
     return soup;
 }
 
-// Nothing in here throws: the mesh is replaced as a whole or not at all.
+// Nothing in here throws: the mesh is replaced as a whole or not at all. The finalisation sets both counts.
 void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostProcess)
 {
     mesh.GetFacesVecPtr()->swap(stitched.faces);
     mesh.GetVerticesVecPtr()->swap(stitched.vertices);
     mesh.GetTexCoordVecPtr()->clear();
     mesh.GetTextureFacesVecPtr()->clear();
-    mesh.SetFaceNum(static_cast<int>(mesh.GetFacesVecPtr()->size()));
-    mesh.SetVertexNum(static_cast<int>(mesh.GetVerticesVecPtr()->size()));
     const bool provideNormals = !lightPostProcess;
     const bool provideNeighbours = !lightPostProcess;
     mesh.PostProcess(false, true, provideNormals, provideNeighbours, nullptr, nullptr);

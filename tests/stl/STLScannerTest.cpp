@@ -261,6 +261,7 @@ TEST(STLScanner, ContinuesTheProbeThatItIsGiven)
     // One byte is dropped at a time: a probe that begins too long stays so.
     EXPECT_EQ(Search("solid", "1234567"), SolidSearch::NotFound);
     EXPECT_EQ(Search(" solid", "1234567"), SolidSearch::Found);
+    EXPECT_EQ(Search("d", "xsoli", 4), SolidSearch::Found);
 }
 
 TEST(STLScanner, GivesUpAfter10240BytesInVain)
