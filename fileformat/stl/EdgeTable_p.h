@@ -50,7 +50,7 @@ public:
     };
     Partner TakePartnerOrInsert(const MeshEigenEdgeInfo& edge, int bucket, int number)
     {
-        Node*& head = m_buckets[std::size_t(bucket)];
+        Node*& head = m_buckets[std::size_t(bucket)].head;
         for (Node** link = &head; *link; link = &(*link)->next) {
             Node* const node = *link;
             if (node->edge.facet == edge.facet || !node->edge.isSameEdge(edge))
@@ -73,10 +73,13 @@ private:
         int number;
         Node* next;
     };
+    struct Bucket {
+        Node* head;
+    };
     static_assert(std::is_trivially_destructible_v<Node>, "the pool drops its nodes without destroying them");
 
     int m_bucketCount;
-    Scratch<Node*> m_buckets;
+    Scratch<Bucket> m_buckets;
     boost::pool<> m_pool;
 };
 

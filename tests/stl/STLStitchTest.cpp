@@ -546,6 +546,7 @@ TEST(STLStitch, EightThreadsAtOnceGiveTheSameMesh)
     const Stitched expected = Stitch(soup);
     std::vector<Stitched> results(8);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (Stitched& result : results)
         threads.emplace_back([&] { result = Stitch(soup); });
     for (std::thread& thread : threads)

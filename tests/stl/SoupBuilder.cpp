@@ -121,7 +121,9 @@ void MixZeroSigns(SoupCorners& soup, Random& random)
 
 void AddDefect(SoupCorners& soup, Random& random)
 {
-    const auto anyFacet = [&] { return soup.begin() + 3 * Pick(random, 0, int(soup.size() / 3) - 1); };
+    const auto anyFacet = [&] {
+        return soup.begin() + 3 * std::ptrdiff_t(Pick(random, 0, int(soup.size() / 3) - 1));
+    };
     switch (Pick(random, 0, 10)) {
     case 0:
         return FlipFacets(soup, 0.3, random);
@@ -162,14 +164,16 @@ void AddDefect(SoupCorners& soup, Random& random)
 
 SoupCorners CubeSoup(const Vector3D<float>& minimum, float size)
 {
-    const float x = minimum.x, y = minimum.y, z = minimum.z, X = x + size, Y = y + size, Z = z + size;
+    const auto at = [&](int x, int y, int z) {
+        return Point(minimum.x + float(x) * size, minimum.y + float(y) * size, minimum.z + float(z) * size);
+    };
     SoupCorners soup;
-    AddQuad(soup, {x, y, z}, {x, Y, z}, {X, Y, z}, {X, y, z});
-    AddQuad(soup, {x, y, Z}, {X, y, Z}, {X, Y, Z}, {x, Y, Z});
-    AddQuad(soup, {x, y, z}, {X, y, z}, {X, y, Z}, {x, y, Z});
-    AddQuad(soup, {x, Y, z}, {x, Y, Z}, {X, Y, Z}, {X, Y, z});
-    AddQuad(soup, {x, y, z}, {x, y, Z}, {x, Y, Z}, {x, Y, z});
-    AddQuad(soup, {X, y, z}, {X, Y, z}, {X, Y, Z}, {X, y, Z});
+    AddQuad(soup, at(0, 0, 0), at(0, 1, 0), at(1, 1, 0), at(1, 0, 0));
+    AddQuad(soup, at(0, 0, 1), at(1, 0, 1), at(1, 1, 1), at(0, 1, 1));
+    AddQuad(soup, at(0, 0, 0), at(1, 0, 0), at(1, 0, 1), at(0, 0, 1));
+    AddQuad(soup, at(0, 1, 0), at(0, 1, 1), at(1, 1, 1), at(1, 1, 0));
+    AddQuad(soup, at(0, 0, 0), at(0, 0, 1), at(0, 1, 1), at(0, 1, 0));
+    AddQuad(soup, at(1, 0, 0), at(1, 1, 0), at(1, 1, 1), at(1, 0, 1));
     return soup;
 }
 
