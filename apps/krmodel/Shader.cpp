@@ -37,7 +37,7 @@ const Eigen::Vector3f kShadowLean(-0.42F, 0.0F, -0.18F);
 constexpr float kLowestGroundSine = 0.15F;
 
 // Nearby surface that stands in the way of light from the sky.
-constexpr int kOcclusionTaps = 10;
+constexpr int kOcclusionTaps = 6;
 constexpr float kOcclusionReach = 0.22F;
 constexpr float kOcclusionStrength = 1.6F;
 constexpr float kMostOcclusion = 0.85F;

@@ -159,6 +159,13 @@ TEST(Renderer, PlacesEachMeshByItsTransform)
     EXPECT_EQ(Middle(RenderModel(apart, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
 }
 
+TEST(Renderer, GivesTheSamePictureWhicheverThreadDrawsARow)
+{
+    const QImage first = RenderModel(Tetrahedron(1), kViews[0], kSize);
+    for (int repeat = 0; repeat < 20; ++repeat)
+        EXPECT_EQ(RenderModel(Tetrahedron(1), kViews[0], kSize), first);
+}
+
 TEST(Renderer, DrawsAMeshThatProvidesNoNeighbours)
 {
     Model light = Tetrahedron(1);
