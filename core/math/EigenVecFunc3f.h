@@ -23,12 +23,12 @@ inline Vector3D<float> EigenToVector(const Eigen::Vector3f& point)
     return {point.x(), point.y(), point.z()};
 }
 
-/// The unit normal of a triangle, right-handed in corner order; (0, 0, 0) where Vector3D::CalcNormal gives it.
+/// The unit normal of a triangle, right-handed in corner order; (0, 0, 0) where CalcNormal() gives that.
 inline Eigen::Vector3f EigenVecNormal(const Corners& corners)
 {
     Vector3D<float> normal;
-    Vector3D<float>::CalcNormal(EigenToVector(corners[0]), EigenToVector(corners[1]), EigenToVector(corners[2]),
-                                normal);
+    Vector3D<float>::CalcNormal(EigenToVector(corners[0]), EigenToVector(corners[1]),
+                                EigenToVector(corners[2]), normal);
     return VectorToEigen(normal);
 }
 

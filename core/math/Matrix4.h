@@ -5,7 +5,8 @@
 template<class T>
 struct Matrix4 {
     /// Row by row: element (row, column) is m[4 * row + column]. May be written directly.
-    T m[16] = {T(1), T(0), T(0), T(0), T(0), T(1), T(0), T(0), T(0), T(0), T(1), T(0), T(0), T(0), T(0), T(1)};
+    T m[16] = {T(1), T(0), T(0), T(0), T(0), T(1), T(0), T(0),
+               T(0), T(0), T(1), T(0), T(0), T(0), T(0), T(1)};
 
     /// Element (row, column); 0 when either is outside 0..3.
     constexpr T get(int row, int column) const { return IsInside(row, column) ? m[4 * row + column] : T(0); }
@@ -32,5 +33,8 @@ struct Matrix4 {
     }
 
 private:
-    static constexpr bool IsInside(int row, int column) { return row >= 0 && row < 4 && column >= 0 && column < 4; }
+    static constexpr bool IsInside(int row, int column)
+    {
+        return row >= 0 && row < 4 && column >= 0 && column < 4;
+    }
 };

@@ -8,9 +8,9 @@
 
 /// One edge of one triangle, prepared for finding the edges that coincide with it.
 ///
-/// A record describes its edge by two keys, one for each end: after init() the end's coordinates, after update()
-/// the cell of a grid that the end lies in. Records that were prepared in different ways, or with different grids,
-/// must not be compared. Plain value; safe from any thread.
+/// A record describes its edge by two keys, one for each end: after init() the end's coordinates, after
+/// update() the cell of a grid that the end lies in. Records that were prepared in different ways, or with
+/// different grids, must not be compared. Plain value; safe from any thread.
 struct KRCORE_MATH_EXPORT MeshEigenEdgeInfo {
     int facet = -1; ///< index of the facet, from 0; set by the caller
     int edge = -1;  ///< 0..2: from corner `edge` to corner (edge + 1) mod 3; set by the caller
@@ -19,18 +19,20 @@ struct KRCORE_MATH_EXPORT MeshEigenEdgeInfo {
     /// Ends are equal as numbers: -0 equals 0; an end that is not finite equals nothing.
     void init(const Eigen::Vector3f* p, const Eigen::Vector3f* q);
 
-    /// Prepares for matching within a tolerance: each end is counted in cells of size @p tolerance from the box's
-    /// minimum corner, by rounding to the nearest multiple of the tolerance on each axis. The box's three extents
-    /// stand directly after @p boxMin by convention; they are not needed and not read.
-    /// @return whether the edge takes part: false when both ends fall into one cell, when an end or the box's corner
-    ///         is not finite, or when the tolerance is not a positive finite number. Such a record equals nothing.
-    bool update(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& boxMin, float tolerance);
+    /// Prepares for matching within a tolerance: each end is counted in cells of size @p tolerance from the
+    /// box's minimum corner, by rounding to the nearest multiple of the tolerance on each axis. The box's
+    /// three extents stand directly after @p boxMin by convention; they are not needed and not read.
+    /// @return whether the edge takes part: false when both ends fall into one cell, when an end or the
+    ///         box's corner is not finite, or when the tolerance is not a positive finite number. Such a
+    ///         record equals nothing.
+    bool update(const Eigen::Vector3f& a, const Eigen::Vector3f& b, const Eigen::Vector3f& boxMin,
+                float tolerance);
 
     /// Whether both records describe the same edge, in either direction.
     bool isSameEdge(const MeshEigenEdgeInfo& other) const;
 
-    /// Whether the other record describes the same edge, run from its end to its start: the normal case between
-    /// neighbours of one winding. Of an edge without length both directions are true.
+    /// Whether the other record describes the same edge, run from its end to its start: the normal case
+    /// between neighbours of one winding. Of an edge without length both directions are true.
     bool isOppositeEdge(const MeshEigenEdgeInfo& other) const;
 
     /// A bucket in 0..tableSize-1; records that are the same edge, in either direction, give the same one.

@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-/// One triangle: three vertex indices, counted from 0, in winding order (counter-clockwise seen from outside).
-/// Twelve packed bytes; (-1, -1, -1) stands for a face that is not yet assigned.
+/// One triangle: three vertex indices, counted from 0, in winding order (counter-clockwise seen from
+/// outside). Twelve packed bytes; (-1, -1, -1) stands for a face that is not yet assigned.
 struct TriangleFace {
     int v[3] = {0, 0, 0};
 

@@ -9,7 +9,10 @@ struct Vector2D {
     constexpr Vector2D() = default;
     constexpr Vector2D(T xValue, T yValue) : x(xValue), y(yValue) {}
 
-    friend constexpr bool operator==(const Vector2D& a, const Vector2D& b) { return a.x == b.x && a.y == b.y; }
+    friend constexpr bool operator==(const Vector2D& a, const Vector2D& b)
+    {
+        return a.x == b.x && a.y == b.y;
+    }
     friend constexpr bool operator!=(const Vector2D& a, const Vector2D& b) { return !(a == b); }
 };
 

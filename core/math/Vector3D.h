@@ -31,9 +31,9 @@ struct Vector3D {
     }
     friend constexpr bool operator!=(const Vector3D& a, const Vector3D& b) { return !(a == b); }
 
-    /// Writes the unit normal of the triangle a, b, c into @p out: (b - a) x (c - a) normalised, right-handed in
-    /// that order. Worked out in double precision and rounded once, so that facets of any size in range of a
-    /// float have one. A triangle without area, or with a corner that is not finite, gives (0, 0, 0).
+    /// Writes the unit normal of the triangle a, b, c into @p out: (b - a) x (c - a) normalised, right-handed
+    /// in that order. Worked out in double precision and rounded once, so that facets of any size in range of
+    /// a float have one. A triangle without area, or with a corner that is not finite, gives (0, 0, 0).
     static void CalcNormal(const Vector3D& a, const Vector3D& b, const Vector3D& c, Vector3D& out);
 };
 
@@ -41,8 +41,10 @@ struct Vector3D {
 template<class T>
 inline Vector3D<double> CalcAreaVector(const Vector3D<T>& a, const Vector3D<T>& b, const Vector3D<T>& c)
 {
-    const double ux = double(b.x) - double(a.x), uy = double(b.y) - double(a.y), uz = double(b.z) - double(a.z);
-    const double vx = double(c.x) - double(a.x), vy = double(c.y) - double(a.y), vz = double(c.z) - double(a.z);
+    const double ux = double(b.x) - double(a.x), uy = double(b.y) - double(a.y),
+                 uz = double(b.z) - double(a.z);
+    const double vx = double(c.x) - double(a.x), vy = double(c.y) - double(a.y),
+                 vz = double(c.z) - double(a.z);
     return {uy * vz - uz * vy, uz * vx - ux * vz, ux * vy - uy * vx};
 }
 
