@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "core/common/AsciiText_p.h"
+
 namespace kr {
 
 namespace {
@@ -24,22 +26,6 @@ constexpr NamedValue kNamedValues[] = {
     {"-inf", -std::numeric_limits<double>::infinity()},
     {"nan", std::numeric_limits<double>::quiet_NaN()},
 };
-
-char ToLowerAscii(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character | 0x20) : character;
-}
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase)
-{
-    if (text.size() != lowerCase.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (ToLowerAscii(text[i]) != lowerCase[i])
-            return false;
-    }
-    return true;
-}
 
 bool ParseNamedValue(std::string_view text, double& value)
 {

@@ -9,9 +9,8 @@ namespace kr {
 /// around them, and an exponent of e or E, sign and digits; or inf, +inf, -inf and nan in any case. The value
 /// is the one that QString::toDouble gives for the same text without surrounding blanks, bit for bit and in
 /// every locale.
-/// @param value  the nearest double, ties to even; 0 for a text that is no number; an infinity above the
-/// range of a
-///               double and 0 below it
+/// @param value  the nearest double, ties to even; 0 for a text that is no number and for one below the range
+///               of a double, an infinity for one above it
 /// @return true for a number in range. Never throws, and accepts any bytes
 bool ParseDecimal(const char* begin, const char* end, double& value);
 
@@ -70,8 +69,7 @@ inline const char* ScanExponent(const char* position, const char* end, int& expo
 /// Reads a number at the beginning of [begin, end) when it is one of the usual kind: its digits make an
 /// integer that a double holds, and so does the power of ten that scales it. One multiplication or division
 /// of two exact doubles then rounds as the complete conversion would.
-/// @return the position behind the longest number there, or null, with @p value as it was, for all other
-/// texts
+/// @return the position behind the longest number there; null for all other texts, with @p value as it was
 inline const char* ScanUsualDecimal(const char* begin, const char* end, double& value)
 {
     const char* position = begin;

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "core/common/AsciiText_p.h"
 #include "core/common/HalfEdgePairing_p.h"
 #include "core/mesh/Mesh.h"
 #include "fileformat/stl/STLBinary_p.h"
@@ -47,7 +48,7 @@ Variant FindVariant(QFile& file)
         character = static_cast<char>(byte);
     }
     Probe probe({beginning, sizeof beginning});
-    if (kr::stl::EqualsIgnoringCase(probe.Bytes(), kr::stl::kSolid))
+    if (kr::EqualsIgnoringCase(probe.Bytes(), kr::stl::kSolid))
         return Variant::Text;
     switch (kr::stl::FindSolid(source, probe, sizeof beginning)) {
     case SolidSearch::Found:

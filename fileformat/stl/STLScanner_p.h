@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/common/AsciiText_p.h"
 #include "fileformat/stl/BlockReader_p.h"
 
 namespace kr::stl {
@@ -19,20 +20,6 @@ constexpr bool IsTokenByte(int byte)
 constexpr bool IsWhiteSpace(int byte)
 {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-/// @param lowerCase  compared with, in lower case
-constexpr bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase)
-{
-    if (text.size() != lowerCase.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char letter =
-            text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + ('a' - 'A')) : text[i];
-        if (letter != lowerCase[i])
-            return false;
-    }
-    return true;
 }
 
 constexpr std::string_view kSolid = "solid";

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/common/AsciiText_p.h"
 #include "core/common/DecimalText_p.h"
 #include "fileformat/stl/STLScanner_p.h"
 
