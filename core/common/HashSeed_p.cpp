@@ -6,11 +6,11 @@ namespace kr {
 
 std::uint64_t HashSeed()
 {
-    static const std::uint64_t seed = [] {
+    static const std::uint64_t kSeed = [] {
         std::random_device device;
         return std::uint64_t(device()) << 32 | device();
     }();
-    return seed;
+    return kSeed;
 }
 
 } // namespace kr

@@ -24,8 +24,8 @@ struct HashSeeds {
 
 const HashSeeds& Seeds()
 {
-    static const HashSeeds seeds;
-    return seeds;
+    static const HashSeeds kSeeds;
+    return kSeeds;
 }
 
 __extension__ using Wide = unsigned __int128;
