@@ -16,7 +16,7 @@ namespace {
 using Point = Vector3D<float>;
 
 // Plain stitching takes quadratic time.
-constexpr std::size_t kMostCorners = 3 * 100;
+constexpr std::size_t kMostCorners = 300;
 
 void Require(bool holds)
 {
