@@ -20,15 +20,6 @@ namespace kr {
 
 namespace {
 
-struct EdgeRecord {
-    std::int32_t lower;
-    std::int32_t upper; // ~upper when the half-edge runs from the upper vertex to the lower one
-    HalfEdge halfEdge;
-
-    bool RunsUp() const { return upper >= 0; }
-    std::int32_t UpperVertex() const { return upper >= 0 ? upper : ~upper; }
-};
-
 constexpr std::size_t kVerticesInRange = 512;
 constexpr std::int32_t kNone = -1;
 
@@ -133,35 +124,33 @@ EdgeRecord MakeRecord(std::int32_t from, std::int32_t to, HalfEdge halfEdge)
     return from < to ? EdgeRecord{from, to, halfEdge} : EdgeRecord{to, ~from, halfEdge};
 }
 
-// Counting sort by range; the order within a range is the file's.
-struct SortedRecords {
-    Scratch<EdgeRecord> records;
-    std::vector<std::size_t> rangeStarts; // one more than there are ranges
-    bool hasLoops = false;
-};
-
 std::size_t RangeOf(std::int32_t a, std::int32_t b)
 {
     return std::size_t(std::min(a, b)) / kVerticesInRange;
 }
 
-SortedRecords SortIntoRanges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount)
+struct Ranges {
+    std::vector<std::size_t> starts; // where each range's records begin, and the end of all
+    bool hasLoops = false;
+};
+
+// Counting sort by range; the order within a range is the file's.
+Ranges SortIntoRanges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount,
+                      EdgeRecord* records)
 {
-    SortedRecords sorted;
-    std::vector<std::size_t>& starts = sorted.rangeStarts;
+    Ranges ranges;
+    std::vector<std::size_t>& starts = ranges.starts;
     starts.assign(vertexCount / kVerticesInRange + 2, 0);
     for (std::size_t t = 0; t < faceCount; ++t) {
         const int a = faces[t][0], b = faces[t][1], c = faces[t][2];
         ++starts[RangeOf(a, b) + 1];
         ++starts[RangeOf(b, c) + 1];
         ++starts[RangeOf(c, a) + 1];
-        sorted.hasLoops |= a == b || b == c || c == a;
+        ranges.hasLoops |= a == b || b == c || c == a;
     }
     for (std::size_t i = 1; i < starts.size(); ++i)
         starts[i] += starts[i - 1];
 
-    sorted.records = Scratch<EdgeRecord>(3 * faceCount);
-    EdgeRecord* records = sorted.records.data();
     std::vector<std::size_t> ends(starts.begin(), starts.end() - 1);
     for (std::size_t t = 0; t < faceCount; ++t) {
         const int a = faces[t][0], b = faces[t][1], c = faces[t][2];
@@ -170,29 +159,36 @@ SortedRecords SortIntoRanges(const TriangleFace* faces, std::size_t faceCount, s
         records[ends[RangeOf(b, c)]++] = MakeRecord(b, c, first + 1);
         records[ends[RangeOf(c, a)]++] = MakeRecord(c, a, first + 2);
     }
-    return sorted;
+    return ranges;
 }
 
 } // namespace
 
-HalfEdgeLinks PairHalfEdges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount)
+HalfEdgeLinks PairHalfEdges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount,
+                            Scratch<EdgeRecord>& records)
 {
-    assert(faceCount <= kMaxFacets);
-    SortedRecords sorted = SortIntoRanges(faces, faceCount, vertexCount);
+    assert(faceCount <= kMaxFacets && records.size() >= 3 * faceCount);
+    const Ranges ranges = SortIntoRanges(faces, faceCount, vertexCount, records.data());
     HalfEdgeLinks links;
-    links.hasLoops = sorted.hasLoops;
+    links.hasLoops = ranges.hasLoops;
     links.mates = Scratch<Mate>(3 * faceCount);
     Pairing pairing{links.mates.data()};
     RangeLists lists;
-    for (std::size_t range = 0; range + 1 < sorted.rangeStarts.size(); ++range) {
-        EdgeRecord* records = sorted.records.data() + sorted.rangeStarts[range];
-        const std::size_t count = sorted.rangeStarts[range + 1] - sorted.rangeStarts[range];
-        if (!PairByLists(records, count, std::int32_t(range * kVerticesInRange), lists, pairing))
-            PairBySorting(records, count, pairing);
+    for (std::size_t range = 0; range + 1 < ranges.starts.size(); ++range) {
+        EdgeRecord* const first = records.data() + ranges.starts[range];
+        const std::size_t count = ranges.starts[range + 1] - ranges.starts[range];
+        if (!PairByLists(first, count, std::int32_t(range * kVerticesInRange), lists, pairing))
+            PairBySorting(first, count, pairing);
     }
     links.unlinkedCount = pairing.unlinkedCount;
     links.sameWayCount = pairing.sameWayCount;
     return links;
+}
+
+HalfEdgeLinks PairHalfEdges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount)
+{
+    Scratch<EdgeRecord> records(3 * faceCount);
+    return PairHalfEdges(faces, faceCount, vertexCount, records);
 }
 
 } // namespace kr

@@ -60,13 +60,27 @@ struct HalfEdgeLinks {
     bool hasLoops = false;         ///< some facet names a vertex twice
 };
 
+/// A half-edge while it looks for its partner.
+struct EdgeRecord {
+    std::int32_t lower;
+    std::int32_t upper; ///< ~upper when the half-edge runs from the upper vertex to the lower one
+    HalfEdge halfEdge;
+
+    bool RunsUp() const { return upper >= 0; }
+    std::int32_t UpperVertex() const { return upper >= 0 ? upper : ~upper; }
+};
+
 /// Pairs half-edges between the same two vertices, in either direction. Half-edges are taken in order (facet
 /// by facet, edge 0, 1, 2); each takes the latest one before it that is still unpaired and not of its own
 /// facet. So of three facets on an edge the first two are neighbours, and of four the first two and the last
 /// two. Half-edges from a vertex to itself pair among themselves, as opposite ones.
 ///
 /// Linear time as long as no vertex has very many unpaired edges at once; n log n at most.
-/// @param faces  faceCount of them, at most kMaxFacets; every index in 0..vertexCount-1
+/// @param faces    faceCount of them, at most kMaxFacets; every index in 0..vertexCount-1
+/// @param records  memory to work in, 3 * faceCount or more; afterwards of no meaning
+HalfEdgeLinks PairHalfEdges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount,
+                            Scratch<EdgeRecord>& records);
+/// The same, with memory of its own.
 HalfEdgeLinks PairHalfEdges(const TriangleFace* faces, std::size_t faceCount, std::size_t vertexCount);
 
 } // namespace kr

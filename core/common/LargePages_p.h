@@ -49,6 +49,18 @@ public:
     const T* begin() const { return m_data; }
     const T* end() const { return m_data + m_count; }
 
+    /// Hands the memory over for other content of the same size; what it holds means nothing then.
+    template<class Other>
+    Scratch<Other> ReuseAs() &&
+    {
+        static_assert(sizeof(Other) == sizeof(T) && alignof(Other) <= alignof(std::max_align_t),
+                      "fits in place");
+        Scratch<Other> other;
+        other.m_data = static_cast<Other*>(static_cast<void*>(std::exchange(m_data, nullptr)));
+        other.m_count = std::exchange(m_count, 0);
+        return other;
+    }
+
     void swap(Scratch& other) noexcept
     {
         std::swap(m_data, other.m_data);
@@ -56,6 +68,9 @@ public:
     }
 
 private:
+    template<class>
+    friend class Scratch;
+
     T* m_data = nullptr;
     std::size_t m_count = 0;
 };

@@ -68,7 +68,7 @@ public:
             if (slot == 0)
                 return Append(point, hash, at);
             const std::uint32_t number = std::uint32_t(slot) - 1;
-            if (slot >> 32 == hash >> 32 && m_positions[number].point == point) {
+            if (slot >> 32 == hash >> 32 && IsAt(m_positions[number].point, point)) {
                 ++m_positions[number].cornerCount;
                 return std::int32_t(number);
             }
@@ -81,9 +81,19 @@ public:
             Grow();
     }
 
-    PositionList Release() { return {std::move(m_positions), m_count}; }
+    PositionList Release() { return {std::move(m_positions), m_count, m_hasMixedZeros}; }
 
 private:
+    // Points in the table are finite, so equal bits are equal numbers.
+    bool IsAt(const Vector3D<float>& position, const Vector3D<float>& point)
+    {
+        if (std::memcmp(&position, &point, sizeof point) == 0)
+            return true;
+        const bool isEqual = position == point;
+        m_hasMixedZeros |= isEqual;
+        return isEqual;
+    }
+
     std::int32_t Append(const Vector3D<float>& point, std::uint64_t hash, std::size_t at)
     {
         const std::size_t number = m_count++;
@@ -123,6 +133,7 @@ private:
     std::size_t m_used = 0;
     std::size_t m_count = 0;
     std::uint64_t m_seed;
+    bool m_hasMixedZeros = false;
 };
 
 // One block of corners on its way through the stages.

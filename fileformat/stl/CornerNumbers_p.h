@@ -18,6 +18,7 @@ struct Position {
 struct PositionList {
     Scratch<Position> positions;
     std::size_t count = 0;
+    bool hasMixedZeros = false; ///< somewhere 0 and -0 meet: a corner's bits are not those of its position
 };
 
 /// Gives each corner the number of its position, counted from 0 in the order in which facets and corners

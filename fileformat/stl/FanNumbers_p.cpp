@@ -240,6 +240,7 @@ private:
 void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::vector<TriangleFace>& faces,
                   std::vector<Vector3D<float>>& vertices)
 {
+    RequireCorners(soup);
     ReserveLarge(vertices, std::max(soup.positions.count, soup.facetCount / 2));
     VertexNumbering numbering(soup, turnOver, isSplit, vertices);
     const HalfEdge order[3] = {turnOver ? 1 : 0, turnOver ? 0 : 1, 2};

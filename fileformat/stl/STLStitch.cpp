@@ -60,6 +60,18 @@ void RemoveDegenerateFacets(Soup& soup)
     }
 }
 
+bool NeedsMending(const Soup& soup)
+{
+    return soup.links.unlinkedCount > 0 || soup.links.sameWayCount > 0;
+}
+
+void FillCorners(Soup& soup)
+{
+    for (std::size_t t = 0; t < soup.facetCount; ++t)
+        for (std::size_t c = 0; c < 3; ++c)
+            soup.corners[3 * t + c] = soup.positions.positions[std::size_t(soup.positionOf[t][int(c)])].point;
+}
+
 Soup MakeSoup(Scratch<Vector3D<float>> corners, std::size_t facetCount)
 {
     if (facetCount > kMaxFacets)
@@ -72,14 +84,33 @@ Soup MakeSoup(Scratch<Vector3D<float>> corners, std::size_t facetCount)
     return soup;
 }
 
+// Pairing needs memory as large as the corners. Fresh memory is the largest single cost of a load, and the
+// corners can be had back from their positions at any time, so their memory is lent out where nothing but the
+// sign of a zero is lost.
+void PairEdges(Soup& soup)
+{
+    const bool canLend = !soup.positions.hasMixedZeros;
+    auto records =
+        canLend ? std::move(soup.corners).ReuseAs<EdgeRecord>() : Scratch<EdgeRecord>(3 * soup.facetCount);
+    soup.links = PairHalfEdges(soup.positionOf.data(), soup.facetCount, soup.positions.count, records);
+    if (canLend && NeedsMending(soup)) {
+        soup.corners = std::move(records).ReuseAs<Vector3D<float>>();
+        FillCorners(soup);
+    }
+}
+
 void LinkFacets(Soup& soup)
 {
     ReserveLarge(soup.positionOf, soup.facetCount);
     soup.positionOf.resize(soup.facetCount);
     soup.positions = NumberPositions(soup.corners.data(), soup.facetCount, soup.positionOf.data());
-    soup.links = PairHalfEdges(soup.positionOf.data(), soup.facetCount, soup.positions.count);
+    soup.isInsideOut = IsInsideOut(soup);
+    PairEdges(soup);
+    if (!NeedsMending(soup))
+        return;
     LinkWithinTolerance(soup);
     MakeWindingConsistent(soup);
+    soup.isInsideOut = IsInsideOut(soup);
 }
 
 // The text of the standard library's own bounds check.
@@ -141,8 +172,16 @@ StitchedMesh StitchCorners(Scratch<Vector3D<float>> corners, std::size_t cornerC
         ThrowOutOfRange(normalsLeft, normalsLeft);
     LinkFacets(soup);
     StitchedMesh mesh;
-    NumberFans(soup, IsInsideOut(soup), mesh.faces, mesh.vertices);
+    NumberFans(soup, soup.isInsideOut, mesh.faces, mesh.vertices);
     return mesh;
+}
+
+void RequireCorners(Soup& soup)
+{
+    if (soup.corners.data() || soup.facetCount == 0)
+        return;
+    soup.corners = Scratch<Vector3D<float>>(3 * soup.facetCount);
+    FillCorners(soup);
 }
 
 } // namespace kr::stl
@@ -160,12 +199,12 @@ void STLFile::StitchTriangleSoup(const std::vector<Vector3D<float>>& corners,
     Soup soup = MakeSoup(std::move(copy), facetCount);
     normals.resize(normals.size() - std::min(normals.size(), facetCount - soup.facetCount));
     LinkFacets(soup);
+    RequireCorners(soup);
     UpdateNormals(soup, normals);
-    const bool isInsideOut = IsInsideOut(soup);
-    if (isInsideOut)
+    if (soup.isInsideOut)
         TurnNormals(soup, normals);
     StitchedMesh mesh;
-    NumberFans(soup, isInsideOut, mesh.faces, mesh.vertices);
+    NumberFans(soup, soup.isInsideOut, mesh.faces, mesh.vertices);
     faces = std::move(mesh.faces);
     vertices = std::move(mesh.vertices);
 }

@@ -25,13 +25,14 @@ struct CornerBox {
 /// The triangle soup while it is stitched. Corner 3 * t + c is corner c of facet t; half-edge h starts from
 /// corner h.
 struct Soup {
-    Scratch<Vector3D<float>> corners;
+    Scratch<Vector3D<float>> corners; ///< may be away while positions tell the same, see RequireCorners
     std::size_t facetCount = 0;
     CornerBox removedCorners;             ///< corners of the facets that were removed
     float firstEdgeExtent = 0;            ///< extent of the file's very first edge
     std::vector<TriangleFace> positionOf; ///< for each facet the position numbers of its corners
     PositionList positions;
     HalfEdgeLinks links;
+    bool isInsideOut = false; ///< the signed volume is negative
     bool isReordered = false; ///< position numbers do not stand in first-met order any more
 };
 
@@ -81,6 +82,10 @@ inline FanStep CrossEdge(const FanStep& step, const Mate* mates)
     const bool isAtPartnersEnd = step.leavesThroughOwnEdge != mate.RunsSameWay();
     return {isAtPartnersEnd ? NextInFacet(mate.Partner()) : mate.Partner(), isAtPartnersEnd};
 }
+
+/// Brings the corners back from their positions when their memory was used for something else
+/// (STLStitch.cpp).
+void RequireCorners(Soup& soup);
 
 /// Links the half-edges that exact matching left over, within a tolerance (TolerantLinks_p.cpp).
 void LinkWithinTolerance(Soup& soup);
