@@ -26,10 +26,13 @@ install_missing() {
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     echo "Installing ${missing[*]}"
+    local messages
     # A fresh system has no package lists, an old one has lists of versions that are gone.
-    apt_get install --no-install-recommends "${missing[@]}" >/dev/null 2>&1 ||
-        { apt_get update && apt_get install --no-install-recommends "${missing[@]}"; } ||
-        { echo "These packages are needed and could not be installed: ${missing[*]}" >&2; return 1; }
+    messages=$(apt_get install --no-install-recommends "${missing[@]}" 2>&1) && return
+    messages=$(apt_get update 2>&1 && apt_get install --no-install-recommends "${missing[@]}" 2>&1) && return
+    echo "$messages" >&2
+    echo "These packages are needed and could not be installed: ${missing[*]}" >&2
+    return 1
 }
 
 # build PRESET [CMAKE OPTION...] [-- TARGET...]: configures and builds what changed, in build/PRESET.
