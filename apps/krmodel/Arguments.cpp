@@ -138,7 +138,8 @@ std::optional<ExitCode> ParseArguments(int argc, const char* const* argv, Argume
                  "krmodel");
     app.set_version_flag("--version", "krmodel " KRMODEL_VERSION);
     app.require_subcommand(1);
-    app.footer(std::string("Each command explains itself: krmodel COMMAND --help\n\n") + kExitCodes);
+    app.footer("Each command explains itself: krmodel COMMAND --help\n\nFormats:\n" +
+               DescribeFormats().toStdString() + "\n" + kExitCodes);
     AddInfo(app, raw, arguments);
     AddConvert(app, raw, arguments);
     AddPreview(app, raw, arguments);

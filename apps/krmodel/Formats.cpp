@@ -1,6 +1,7 @@
 #include "apps/krmodel/Formats.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include "apps/krmodel/StlFormat.h"
@@ -20,6 +21,11 @@ QStringList SuffixesOf(const Format& format)
     return QString::fromLatin1(format.suffixes).split(QLatin1Char(' '));
 }
 
+QStringList PointedSuffixesOf(const Format& format)
+{
+    return SuffixesOf(format).replaceInStrings(QRegularExpression(QStringLiteral("^")), QStringLiteral("."));
+}
+
 } // namespace
 
 const Format* FindFormat(const QString& fileName)
@@ -35,9 +41,18 @@ QString KnownSuffixes()
 {
     QStringList suffixes;
     for (const Format& format : kFormats)
-        for (const QString& suffix : SuffixesOf(format))
-            suffixes << QLatin1Char('.') + suffix;
+        suffixes << PointedSuffixesOf(format);
     return suffixes.join(QStringLiteral(", "));
+}
+
+QString DescribeFormats()
+{
+    QString lines;
+    for (const Format& format : kFormats)
+        lines += QStringLiteral("  %1 (%2): %3\n")
+                     .arg(QLatin1String(format.name), PointedSuffixesOf(format).join(QStringLiteral(", ")),
+                          QLatin1String(format.description));
+    return lines;
 }
 
 } // namespace krmodel

@@ -39,4 +39,7 @@ const Format* FindFormat(const QString& fileName);
 /// The suffixes of all formats for messages: ".stl".
 QString KnownSuffixes();
 
+/// A line for each format for the help text: name, suffixes, description.
+QString DescribeFormats();
+
 } // namespace krmodel

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace krmodel {
 
@@ -42,20 +41,31 @@ double TwiceArea(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& 
            (double(b.y) - double(a.y)) * (double(c.x) - double(a.x));
 }
 
-/// A number that is linear over the picture.
-struct Plane {
-    double perX, perY, constant;
-
+/// The inverse distance of a triangle's points, which is linear over the picture.
+class Plane {
+public:
     Plane(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, double twiceArea)
+        : m_farthest(std::min({a.inverseDistance, b.inverseDistance, c.inverseDistance})),
+          m_nearest(std::max({a.inverseDistance, b.inverseDistance, c.inverseDistance}))
     {
         const double ux = double(b.x) - double(a.x), uy = double(b.y) - double(a.y);
         const double vx = double(c.x) - double(a.x), vy = double(c.y) - double(a.y);
         const double u = double(b.inverseDistance) - double(a.inverseDistance);
         const double v = double(c.inverseDistance) - double(a.inverseDistance);
-        perX = (u * vy - v * uy) / twiceArea;
-        perY = (v * ux - u * vx) / twiceArea;
-        constant = double(a.inverseDistance) - perX * double(a.x) - perY * double(a.y);
+        m_perX = (u * vy - v * uy) / twiceArea;
+        m_perY = (v * ux - u * vx) / twiceArea;
+        m_constant = double(a.inverseDistance) - m_perX * double(a.x) - m_perY * double(a.y);
     }
+
+    /// A sliver's plane is steep; between its corners' distances it must stay.
+    float At(double x, double y) const
+    {
+        return std::clamp(float(m_perX * x + m_perY * y + m_constant), m_farthest, m_nearest);
+    }
+
+private:
+    double m_perX, m_perY, m_constant;
+    float m_farthest, m_nearest;
 };
 
 // Pixels are looked at in their middle.
@@ -76,33 +86,33 @@ void VisibilityBuffer::Draw(int face, const ScreenPoint& a, const ScreenPoint& b
     const double twiceArea = TwiceArea(a, b, c);
     if (!(std::abs(twiceArea) > kSmallestTwiceArea))
         return;
+    if (twiceArea < 0) {
+        Draw(face, a, c, b);
+        return;
+    }
+    const EdgeLine edges[] = {EdgeLine(a, b), EdgeLine(b, c), EdgeLine(c, a)};
+    const Plane depth(a, b, c, twiceArea);
     const auto [top, bottom] = std::minmax({a.y, b.y, c.y});
     const auto [left, right] = std::minmax({a.x, b.x, c.x});
-    const auto [farthest, nearest] = std::minmax({a.inverseDistance, b.inverseDistance, c.inverseDistance});
-    const bool isTurned = twiceArea < 0;
-    const EdgeLine edges[] = {isTurned ? EdgeLine(b, a) : EdgeLine(a, b),
-                              isTurned ? EdgeLine(c, b) : EdgeLine(b, c),
-                              isTurned ? EdgeLine(a, c) : EdgeLine(c, a)};
-    const Plane depth(a, b, c, twiceArea);
     const int firstRow = std::max(0, int(std::ceil(double(top) - kMiddle)));
     const int lastRow = std::min(m_size.height() - 1, int(std::floor(double(bottom) - kMiddle)));
     for (int row = firstRow; row <= lastRow; ++row) {
-        const double y = row + kMiddle;
         Span span{std::max(kMiddle, double(left)), std::min(m_size.width() - kMiddle, double(right))};
         for (const EdgeLine& edge : edges)
-            span.Clip(edge, y);
+            span.Clip(edge, row + kMiddle);
+        const int firstColumn = int(std::ceil(span.first - kMiddle));
         const int lastColumn = int(std::floor(span.last - kMiddle));
-        for (int column = int(std::ceil(span.first - kMiddle)); column <= lastColumn; ++column) {
-            const float exact = float(depth.perX * (column + kMiddle) + depth.perY * y + depth.constant);
-            // A sliver's plane is steep; between its corners' distances it must stay.
-            const float inverseDistance = std::clamp(exact, farthest, nearest);
-            const size_t pixel = IndexOf(column, row);
-            if (inverseDistance > m_inverseDistances[pixel]) {
-                m_inverseDistances[pixel] = inverseDistance;
-                m_faces[pixel] = face;
-            }
-        }
+        for (int column = firstColumn; column <= lastColumn; ++column)
+            Cover(IndexOf(column, row), face, depth.At(column + kMiddle, row + kMiddle));
     }
+}
+
+void VisibilityBuffer::Cover(size_t pixel, int face, float inverseDistance)
+{
+    if (inverseDistance <= m_inverseDistances[pixel])
+        return;
+    m_inverseDistances[pixel] = inverseDistance;
+    m_faces[pixel] = face;
 }
 
 } // namespace krmodel

@@ -26,6 +26,7 @@ public:
     }
 
 private:
+    void Cover(size_t pixel, int face, float inverseDistance);
     bool IsInside(int x, int y) const
     {
         return x >= 0 && y >= 0 && x < m_size.width() && y < m_size.height();

@@ -309,13 +309,14 @@ TEST_F(Krmodel, CallsACommandLineThatItCannotUnderstandAUsageError)
     EXPECT_EQ(Files(), QStringList());
 }
 
-TEST_F(Krmodel, HelpNamesEveryCommandAndEveryExitCode)
+TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
 {
     const ProgramRun run = Run("--help");
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
     for (const char* verb : {"info", "convert", "preview"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
+    EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
     for (int code = Done; code <= WriteFailed; ++code)
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1  ").arg(code))) << code;
 }
