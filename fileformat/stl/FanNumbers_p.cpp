@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "fileformat/stl/Soup_p.h"
@@ -13,19 +14,6 @@ namespace kr::stl {
 namespace {
 
 constexpr HalfEdge kNoCorner = FanStep::kNoCorner;
-
-// A corner of each position. Where positions still stand in first-met order, the walks find them by
-// themselves.
-std::vector<HalfEdge> FirstCorners(const Soup& soup)
-{
-    if (!soup.isReordered)
-        return {};
-    std::vector<HalfEdge> first(soup.positions.count, kNoCorner);
-    for (std::size_t t = soup.facetCount; t-- > 0;)
-        for (int c = 3; c-- > 0;)
-            first[std::size_t(soup.positionOf[t][c])] = HalfEdge(3 * t) + c;
-    return first;
-}
 
 // Corners of an open fan from `start` to the border on its far side, `start` not counted. Every link is
 // opposite here, so each corner has one successor and is the successor of one: the walk cannot run into a
@@ -47,17 +35,32 @@ struct FanWalk {
     std::int32_t met = 0;
 };
 
+constexpr std::int32_t kUnnumbered = -1;
+
+// The positions in the order in which the facets first meet them, for a soup in which that is not their own
+// order.
+struct FirstMet {
+    std::vector<std::int32_t> vertexOf;    // for each position; kUnnumbered where no corner lies
+    std::vector<Vector3D<float>> vertices; // the first corner's place
+};
+
 // Finds the positions whose corners are more than one fan. Requires that no pair runs the same way.
 class FanCheck {
 public:
-    FanCheck(const Soup& soup, Scratch<bool>& isSplit)
-        : m_mates(soup.links.mates.data()),
+    FanCheck(const Soup& soup, Scratch<bool>& isSplit, FirstMet& firstMet)
+        : m_soup(soup),
+          m_mates(soup.links.mates.data()),
           m_positions(soup.positions.positions.data()),
-          m_positionCount(soup.positions.count),
           m_numbers(soup.facetCount == 0 ? nullptr : soup.positionOf.front().v),
-          m_firstCorners(FirstCorners(soup)),
-          m_isSplit(isSplit)
-    {}
+          m_cornerCount(HalfEdge(3 * soup.facetCount)),
+          m_isSplit(isSplit),
+          m_firstMet(firstMet)
+    {
+        if (!soup.isReordered)
+            return;
+        m_firstMet.vertexOf.assign(soup.positions.count, kUnnumbered);
+        ReserveLarge(m_firstMet.vertices, soup.positions.count);
+    }
 
     /// Returns whether any position is split. Ends because each walk ends (a ring returns to its start, a
     /// path reaches the border) and each position is walked once.
@@ -79,25 +82,33 @@ private:
 
     bool Begin(FanWalk& walk)
     {
-        // A position that lost its corners to another has no first corner.
-        HalfEdge first = kNoCorner;
-        while (m_next < m_positionCount && (first = FirstCornerOf(m_next)) == kNoCorner)
-            ++m_next;
-        walk = {m_next++, first, first, 1};
-        if (first == kNoCorner)
+        while (m_scan < m_cornerCount && !IsNew(std::size_t(m_numbers[m_scan])))
+            ++m_scan;
+        if (m_scan == m_cornerCount) {
+            walk.start = kNoCorner;
             return false;
-        __builtin_prefetch(&m_mates[first]);
+        }
+        walk = {std::size_t(m_numbers[m_scan]), m_scan, m_scan, 1};
+        __builtin_prefetch(&m_mates[m_scan]);
+        ++m_scan;
         return true;
     }
 
-    // Asked for each position in turn: in first-met order the next one's first corner lies ahead.
-    HalfEdge FirstCornerOf(std::size_t position)
+    // Whether no walk has begun at the position of the corner. In first-met order a new one has the next
+    // number.
+    bool IsNew(std::size_t position)
     {
-        if (!m_firstCorners.empty())
-            return m_firstCorners[position];
-        while (std::size_t(m_numbers[m_scan]) != position)
-            ++m_scan;
-        return m_scan;
+        if (!m_soup.isReordered) {
+            const bool isNew = position == m_begunCount;
+            m_begunCount += isNew;
+            return isNew;
+        }
+        std::int32_t& vertex = m_firstMet.vertexOf[position];
+        if (vertex != kUnnumbered)
+            return false;
+        vertex = std::int32_t(m_firstMet.vertices.size());
+        m_firstMet.vertices.push_back(m_soup.PointAt(m_scan));
+        return true;
     }
 
     // Returns false when the walk has ended and its position is judged.
@@ -123,13 +134,14 @@ private:
         return false;
     }
 
+    const Soup& m_soup;
     const Mate* m_mates;
     const Position* m_positions;
-    std::size_t m_positionCount;
     const std::int32_t* m_numbers; // the position of each corner
-    std::vector<HalfEdge> m_firstCorners;
+    HalfEdge m_cornerCount;
     Scratch<bool>& m_isSplit;
-    std::size_t m_next = 0;
+    FirstMet& m_firstMet;
+    std::size_t m_begunCount = 0;
     HalfEdge m_scan = 0;
     bool m_hasSplits = false;
 };
@@ -148,14 +160,14 @@ bool MarkRepeatedPositions(const Soup& soup, Scratch<bool>& isSplit)
     return hasRepeats;
 }
 
-bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit)
+bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit, FirstMet& firstMet)
 {
     if (soup.links.sameWayCount > 0) {
         std::fill(isSplit.begin(), isSplit.end(), true);
         return true;
     }
     const bool hasRepeats = (soup.links.hasLoops || soup.isReordered) && MarkRepeatedPositions(soup, isSplit);
-    return FanCheck(soup, isSplit).Run() || hasRepeats;
+    return FanCheck(soup, isSplit, firstMet).Run() || hasRepeats;
 }
 
 // Numbers vertices as the facets first meet them. Corners that have their vertex hold ~vertex, which is
@@ -174,7 +186,7 @@ public:
 
     void NumberCorner(HalfEdge corner)
     {
-        std::int32_t& number = NumberAt(corner);
+        std::int32_t& number = m_soup.PositionAt(corner);
         if (number < 0)
             return;
         if (m_isSplit[std::size_t(number)]) {
@@ -188,13 +200,9 @@ public:
     }
 
 private:
-    static constexpr std::int32_t kUnnumbered = -1;
-
-    std::int32_t& NumberAt(HalfEdge corner) { return m_soup.positionOf[std::size_t(corner / 3)][corner % 3]; }
-
     std::int32_t Append(HalfEdge corner)
     {
-        m_vertices.push_back(m_soup.corners[std::size_t(corner)]);
+        m_vertices.push_back(m_soup.PointAt(corner));
         return std::int32_t(m_vertices.size() - 1);
     }
 
@@ -209,7 +217,7 @@ private:
 
     void Give(HalfEdge corner, std::int32_t vertex)
     {
-        NumberAt(corner) = ~vertex;
+        m_soup.PositionAt(corner) = ~vertex;
         m_lastVertexAt[std::size_t(corner / 3)] = vertex + 1;
     }
 
@@ -223,7 +231,7 @@ private:
             if (!step.IsValid())
                 return true;
             const bool wasMet = m_lastVertexAt[std::size_t(step.corner / 3)] == vertex + 1;
-            if (wasMet || NumberAt(step.corner) < 0)
+            if (wasMet || m_soup.PositionAt(step.corner) < 0)
                 return false;
             Give(step.corner, vertex);
         }
@@ -240,7 +248,6 @@ private:
 void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::vector<TriangleFace>& faces,
                   std::vector<Vector3D<float>>& vertices)
 {
-    RequireCorners(soup);
     ReserveLarge(vertices, std::max(soup.positions.count, soup.facetCount / 2));
     VertexNumbering numbering(soup, turnOver, isSplit, vertices);
     const HalfEdge order[3] = {turnOver ? 1 : 0, turnOver ? 0 : 1, 2};
@@ -250,6 +257,16 @@ void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::
     for (TriangleFace& face : soup.positionOf)
         face = TriangleFace(~face[order[0]], ~face[order[1]], ~face[2]);
     faces = std::move(soup.positionOf);
+}
+
+void TakeFirstMetOrder(Soup& soup, FirstMet& firstMet, std::vector<TriangleFace>& faces,
+                       std::vector<Vector3D<float>>& vertices)
+{
+    const std::int32_t* const vertexOf = firstMet.vertexOf.data();
+    for (TriangleFace& face : soup.positionOf)
+        face = TriangleFace(vertexOf[face[0]], vertexOf[face[1]], vertexOf[face[2]]);
+    faces = std::move(soup.positionOf);
+    vertices = std::move(firstMet.vertices);
 }
 
 void TakePositionsAsVertices(Soup& soup, std::vector<TriangleFace>& faces,
@@ -267,10 +284,13 @@ void NumberFans(Soup& soup, bool turnOver, std::vector<TriangleFace>& faces,
                 std::vector<Vector3D<float>>& vertices)
 {
     Scratch<bool> isSplit(soup.positions.count);
-    const bool hasSplits = FindSplitPositions(soup, isSplit);
+    FirstMet firstMet;
+    const bool hasSplits = FindSplitPositions(soup, isSplit, firstMet);
     vertices.clear();
-    if (hasSplits || soup.isReordered || turnOver)
+    if (hasSplits || turnOver)
         RenumberFans(soup, turnOver, isSplit, faces, vertices);
+    else if (soup.isReordered)
+        TakeFirstMetOrder(soup, firstMet, faces, vertices);
     else
         TakePositionsAsVertices(soup, faces, vertices);
 }

@@ -107,6 +107,7 @@ std::optional<TriangleSoup> ReadSoup(const QString& fileName, int headerSize, bo
 // Nothing in here throws: the mesh is replaced as a whole or not at all. The finalisation sets both counts.
 void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostProcess)
 {
+    const std::size_t stitchedFaceCount = stitched.faces.size();
     mesh.GetFacesVecPtr()->swap(stitched.faces);
     mesh.GetVerticesVecPtr()->swap(stitched.vertices);
     mesh.GetTexCoordVecPtr()->clear();
@@ -114,7 +115,9 @@ void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostP
     const bool provideNormals = !lightPostProcess;
     const bool provideNeighbours = !lightPostProcess;
     mesh.PostProcess(false, true, provideNormals, provideNeighbours, nullptr, nullptr);
-    mesh.SetVolume(mesh.CalcuateVolume());
+    // Stitching has measured the volume on its way; dropped faces would have added to it in another order.
+    const bool isWhole = mesh.GetFacesVecPtr()->size() == stitchedFaceCount;
+    mesh.SetVolume(stitched.volume && isWhole ? *stitched.volume : mesh.CalcuateVolume());
 }
 
 } // namespace

@@ -60,18 +60,6 @@ void RemoveDegenerateFacets(Soup& soup)
     }
 }
 
-bool NeedsMending(const Soup& soup)
-{
-    return soup.links.unlinkedCount > 0 || soup.links.sameWayCount > 0;
-}
-
-void FillCorners(Soup& soup)
-{
-    for (std::size_t t = 0; t < soup.facetCount; ++t)
-        for (std::size_t c = 0; c < 3; ++c)
-            soup.corners[3 * t + c] = soup.positions.positions[std::size_t(soup.positionOf[t][int(c)])].point;
-}
-
 Soup MakeSoup(Scratch<Vector3D<float>> corners, std::size_t facetCount)
 {
     if (facetCount > kMaxFacets)
@@ -84,19 +72,14 @@ Soup MakeSoup(Scratch<Vector3D<float>> corners, std::size_t facetCount)
     return soup;
 }
 
-// Pairing needs memory as large as the corners. Fresh memory is the largest single cost of a load, and the
-// corners can be had back from their positions at any time, so their memory is lent out where nothing but the
-// sign of a zero is lost.
+// Pairing needs memory as large as the corners. Fresh memory is the largest single cost of a load, so it gets
+// theirs unless they hold more than their positions do.
 void PairEdges(Soup& soup)
 {
-    const bool canLend = !soup.positions.hasMixedZeros;
-    auto records =
-        canLend ? std::move(soup.corners).ReuseAs<EdgeRecord>() : Scratch<EdgeRecord>(3 * soup.facetCount);
+    Scratch<EdgeRecord> records = soup.positions.hasMixedZeros
+                                      ? Scratch<EdgeRecord>(3 * soup.facetCount)
+                                      : std::move(soup.corners).ReuseAs<EdgeRecord>();
     soup.links = PairHalfEdges(soup.positionOf.data(), soup.facetCount, soup.positions.count, records);
-    if (canLend && NeedsMending(soup)) {
-        soup.corners = std::move(records).ReuseAs<Vector3D<float>>();
-        FillCorners(soup);
-    }
 }
 
 void LinkFacets(Soup& soup)
@@ -104,13 +87,9 @@ void LinkFacets(Soup& soup)
     ReserveLarge(soup.positionOf, soup.facetCount);
     soup.positionOf.resize(soup.facetCount);
     soup.positions = NumberPositions(soup.corners.data(), soup.facetCount, soup.positionOf.data());
-    soup.isInsideOut = IsInsideOut(soup);
     PairEdges(soup);
-    if (!NeedsMending(soup))
-        return;
     LinkWithinTolerance(soup);
     MakeWindingConsistent(soup);
-    soup.isInsideOut = IsInsideOut(soup);
 }
 
 // The text of the standard library's own bounds check.
@@ -146,18 +125,16 @@ void UpdateNormal(Vector3D<float>& normal, const Eigen::Vector3f& geometric)
 void UpdateNormals(const Soup& soup, std::vector<Vector3D<float>>& normals)
 {
     for (std::size_t t = 0; t < soup.facetCount; ++t) {
-        const Vector3D<float>* corner = &soup.corners[3 * t];
         // at(), not []: a file with fewer normals than facets is to throw std::out_of_range.
-        UpdateNormal(normals.at(t), NormalOf(corner[0], corner[1], corner[2]));
+        UpdateNormal(normals.at(t), NormalOf(soup.PointAt(t, 0), soup.PointAt(t, 1), soup.PointAt(t, 2)));
     }
 }
 
 void TurnNormals(const Soup& soup, std::vector<Vector3D<float>>& normals)
 {
-    for (std::size_t t = 0; t < soup.facetCount; ++t) {
-        const Vector3D<float>* corner = &soup.corners[3 * t];
-        normals.at(t) = EigenVecFunc3f::EigenToVector(NormalOf(corner[1], corner[0], corner[2]));
-    }
+    for (std::size_t t = 0; t < soup.facetCount; ++t)
+        normals.at(t) = EigenVecFunc3f::EigenToVector(
+            NormalOf(soup.PointAt(t, 1), soup.PointAt(t, 0), soup.PointAt(t, 2)));
 }
 
 } // namespace
@@ -172,16 +149,12 @@ StitchedMesh StitchCorners(Scratch<Vector3D<float>> corners, std::size_t cornerC
         ThrowOutOfRange(normalsLeft, normalsLeft);
     LinkFacets(soup);
     StitchedMesh mesh;
-    NumberFans(soup, soup.isInsideOut, mesh.faces, mesh.vertices);
+    const double volume = VolumeOf(soup);
+    const bool isInsideOut = volume < 0;
+    if (!isInsideOut)
+        mesh.volume = volume;
+    NumberFans(soup, isInsideOut, mesh.faces, mesh.vertices);
     return mesh;
-}
-
-void RequireCorners(Soup& soup)
-{
-    if (soup.corners.data() || soup.facetCount == 0)
-        return;
-    soup.corners = Scratch<Vector3D<float>>(3 * soup.facetCount);
-    FillCorners(soup);
 }
 
 } // namespace kr::stl
@@ -199,12 +172,12 @@ void STLFile::StitchTriangleSoup(const std::vector<Vector3D<float>>& corners,
     Soup soup = MakeSoup(std::move(copy), facetCount);
     normals.resize(normals.size() - std::min(normals.size(), facetCount - soup.facetCount));
     LinkFacets(soup);
-    RequireCorners(soup);
     UpdateNormals(soup, normals);
-    if (soup.isInsideOut)
+    const bool isInsideOut = VolumeOf(soup) < 0;
+    if (isInsideOut)
         TurnNormals(soup, normals);
     StitchedMesh mesh;
-    NumberFans(soup, soup.isInsideOut, mesh.faces, mesh.vertices);
+    NumberFans(soup, isInsideOut, mesh.faces, mesh.vertices);
     faces = std::move(mesh.faces);
     vertices = std::move(mesh.vertices);
 }

@@ -25,15 +25,29 @@ struct CornerBox {
 /// The triangle soup while it is stitched. Corner 3 * t + c is corner c of facet t; half-edge h starts from
 /// corner h.
 struct Soup {
-    Scratch<Vector3D<float>> corners; ///< may be away while positions tell the same, see RequireCorners
+    /// Only while they are needed: once each corner has its position, that tells where the corner lies. They
+    /// stay where somewhere 0 and -0 meet, because a corner's bits are then not those of its position.
+    Scratch<Vector3D<float>> corners;
     std::size_t facetCount = 0;
     CornerBox removedCorners;             ///< corners of the facets that were removed
     float firstEdgeExtent = 0;            ///< extent of the file's very first edge
     std::vector<TriangleFace> positionOf; ///< for each facet the position numbers of its corners
     PositionList positions;
     HalfEdgeLinks links;
-    bool isInsideOut = false; ///< the signed volume is negative
     bool isReordered = false; ///< position numbers do not stand in first-met order any more
+
+    std::int32_t& PositionAt(HalfEdge corner) { return positionOf[std::size_t(corner / 3)][corner % 3]; }
+    std::int32_t PositionAt(HalfEdge corner) const { return positionOf[std::size_t(corner / 3)][corner % 3]; }
+
+    const Vector3D<float>& PointAt(std::size_t facet, int corner) const
+    {
+        return corners.data() ? corners[3 * facet + std::size_t(corner)]
+                              : positions.positions[std::size_t(positionOf[facet][corner])].point;
+    }
+    const Vector3D<float>& PointAt(HalfEdge corner) const
+    {
+        return PointAt(std::size_t(corner / 3), corner % 3);
+    }
 };
 
 /// The largest of |dx|, |dy|, |dz| over an edge with finite ends.
@@ -83,18 +97,14 @@ inline FanStep CrossEdge(const FanStep& step, const Mate* mates)
     return {isAtPartnersEnd ? NextInFacet(mate.Partner()) : mate.Partner(), isAtPartnersEnd};
 }
 
-/// Brings the corners back from their positions when their memory was used for something else
-/// (STLStitch.cpp).
-void RequireCorners(Soup& soup);
-
 /// Links the half-edges that exact matching left over, within a tolerance (TolerantLinks_p.cpp).
 void LinkWithinTolerance(Soup& soup);
 
 /// Turns facets over until each piece is wound like its first facet (Winding_p.cpp).
 void MakeWindingConsistent(Soup& soup);
 
-/// Whether the signed volume of the soup is negative (Winding_p.cpp).
-bool IsInsideOut(const Soup& soup);
+/// The signed volume of the soup (Winding_p.cpp).
+double VolumeOf(const Soup& soup);
 
 /// Gives every fan of corners one vertex, in first-met order, and hands over faces and vertices; the soup's
 /// own lists are used up (FanNumbers_p.cpp).

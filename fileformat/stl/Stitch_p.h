@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "core/common/LargePages_p.h"
@@ -12,6 +13,9 @@ namespace kr::stl {
 struct StitchedMesh {
     std::vector<TriangleFace> faces;
     std::vector<Vector3D<float>> vertices;
+    /// What Mesh::CalcuateVolume() gives for these lists, to the last bit; without a value after the mesh was
+    /// turned over, because its terms are others then.
+    std::optional<double> volume;
 };
 
 /// The work of STLFile::StitchTriangleSoup without the normals, which nobody reads after a load.

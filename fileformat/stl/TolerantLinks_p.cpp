@@ -34,78 +34,32 @@ struct SoupMeasures {
     float smallestEdge = 0;
 };
 
-// The soup's coordinates in one row, as the comparisons below like them: x, y, z, x, y, z, ...
-const float* CoordinatesOf(const Soup& soup)
+// Every corner lies at a position, and there are fewer of them.
+CornerBox BoxOf(const Soup& soup)
 {
-    return soup.facetCount == 0 ? nullptr : &soup.corners[0].x;
-}
-
-// The box of the corners when all are finite; otherwise it is empty. Twelve running values, four corners'
-// worth, are what the compiler turns into vector instructions.
-CornerBox BoxOfFiniteSoup(const Soup& soup)
-{
-    constexpr std::size_t kLanes = 12;
-    const float* const values = CoordinatesOf(soup);
-    const std::size_t count = 9 * soup.facetCount;
-    CornerBox box;
-    if (count < kLanes)
-        return box;
-    float least[kLanes], most[kLanes], zero[kLanes] = {};
-    std::copy_n(values, kLanes, least);
-    std::copy_n(values, kLanes, most);
-    // The last step may take some values again; they begin at a corner like the others.
-    for (std::size_t step = 0; step < count; step += kLanes) {
-        const float* const at = values + std::min(step, count - kLanes);
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            least[lane] = at[lane] < least[lane] ? at[lane] : least[lane];
-            most[lane] = at[lane] > most[lane] ? at[lane] : most[lane];
-            zero[lane] += at[lane] * 0.0f; // NaN for good once a value is not finite
-        }
-    }
-    if (!std::all_of(zero, zero + kLanes, [](float value) { return value == 0; }))
-        return box;
-    for (std::size_t lane = 0; lane < kLanes; lane += 3) {
-        box.Add({least[lane], least[lane + 1], least[lane + 2]});
-        box.Add({most[lane], most[lane + 1], most[lane + 2]});
-    }
-    return box;
-}
-
-CornerBox WholeBox(const Soup& soup, CornerBox box)
-{
-    if (box.isEmpty)
-        std::for_each(soup.corners.begin(), soup.corners.begin() + 3 * soup.facetCount,
-                      [&](const Vector3D<float>& corner) { box.Add(corner); });
-    if (!soup.removedCorners.isEmpty) {
-        box.Add(soup.removedCorners.minimum);
-        box.Add(soup.removedCorners.maximum);
-    }
+    CornerBox box = soup.removedCorners;
+    for (std::size_t i = 0; i < soup.positions.count; ++i)
+        box.Add(soup.positions.positions[i].point);
     return box;
 }
 
 // One running minimum an edge of the facet, so that no comparison waits for the one before it.
-template<class Extent>
-float SmallestEdge(const Soup& soup, Extent extentOf)
+float SmallestEdge(const Soup& soup)
 {
     float least[3] = {soup.firstEdgeExtent, soup.firstEdgeExtent, soup.firstEdgeExtent};
-    for (std::size_t t = 0; t < soup.facetCount; ++t) {
-        const Vector3D<float>* corner = &soup.corners[3 * t];
+    for (std::size_t t = 0; t < soup.facetCount; ++t)
         for (int edge = 0; edge < 3; ++edge) {
-            const float extent = extentOf(corner[edge], corner[(edge + 1) % 3]);
+            const float extent = EdgeExtent(soup.PointAt(t, edge), soup.PointAt(t, (edge + 1) % 3));
             least[edge] = extent < least[edge] ? extent : least[edge];
         }
-    }
     return std::min({least[0], least[1], least[2]});
 }
 
 SoupMeasures Measure(const Soup& soup)
 {
     SoupMeasures measures;
-    const CornerBox finiteBox = BoxOfFiniteSoup(soup);
-    const bool isPlain =
-        !finiteBox.isEmpty && std::isfinite(EdgeExtent(finiteBox.minimum, finiteBox.maximum));
-    measures.smallestEdge = isPlain ? SmallestEdge(soup, LargestDifference) : SmallestEdge(soup, EdgeExtent);
-    const CornerBox box = WholeBox(soup, finiteBox);
+    measures.smallestEdge = SmallestEdge(soup);
+    const CornerBox box = BoxOf(soup);
     if (!box.isEmpty) {
         measures.box[0] = EigenVecFunc3f::VectorToEigen(box.minimum);
         measures.box[1] = EigenVecFunc3f::VectorToEigen(box.maximum) - measures.box[0];
@@ -235,10 +189,7 @@ private:
         return moved ? *moved : end.firstPlace;
     }
 
-    Place FirstPlaceOf(HalfEdge corner) const
-    {
-        return {m_soup.corners[std::size_t(corner)], m_soup.positionOf[std::size_t(corner / 3)][corner % 3]};
-    }
+    Place FirstPlaceOf(HalfEdge corner) const { return {m_soup.PointAt(corner), m_soup.PositionAt(corner)}; }
 
     void CollectOpenEdges()
     {
@@ -381,18 +332,18 @@ private:
 
     void Prefetch(HalfEdge corner) const
     {
-        __builtin_prefetch(&m_soup.corners[std::size_t(corner)]);
         __builtin_prefetch(&m_soup.positionOf[std::size_t(corner / 3)]);
         __builtin_prefetch(&m_mates[corner]);
     }
 
     void MoveCorner(HalfEdge corner, const Place& place)
     {
-        std::int32_t& position = m_soup.positionOf[std::size_t(corner / 3)][corner % 3];
+        std::int32_t& position = m_soup.PositionAt(corner);
         --m_soup.positions.positions[std::size_t(position)].cornerCount;
         ++m_soup.positions.positions[std::size_t(place.position)].cornerCount;
         position = place.position;
-        m_soup.corners[std::size_t(corner)] = place.point;
+        if (m_soup.corners.data())
+            m_soup.corners[std::size_t(corner)] = place.point;
         m_soup.isReordered = true;
     }
 
