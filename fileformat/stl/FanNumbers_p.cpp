@@ -160,14 +160,23 @@ bool MarkRepeatedPositions(const Soup& soup, Scratch<bool>& isSplit)
     return hasRepeats;
 }
 
+// The corners of one fan may lie at several of these, so that counting corners tells nothing.
+bool MarkPartedPositions(const Soup& soup, Scratch<bool>& isSplit)
+{
+    for (const std::int32_t position : soup.partedPositions)
+        isSplit[std::size_t(position)] = true;
+    return !soup.partedPositions.empty();
+}
+
 bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit, FirstMet& firstMet)
 {
     if (soup.links.sameWayCount > 0) {
         std::fill(isSplit.begin(), isSplit.end(), true);
         return true;
     }
+    const bool hasParts = MarkPartedPositions(soup, isSplit);
     const bool hasRepeats = (soup.links.hasLoops || soup.isReordered) && MarkRepeatedPositions(soup, isSplit);
-    return FanCheck(soup, isSplit, firstMet).Run() || hasRepeats;
+    return FanCheck(soup, isSplit, firstMet).Run() || hasRepeats || hasParts;
 }
 
 // Numbers vertices as the facets first meet them. Corners that have their vertex hold ~vertex, which is

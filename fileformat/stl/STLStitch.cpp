@@ -2,7 +2,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "core/math/EigenVecFunc3f.h"
 #include "fileformat/stl/STLFile.h"
@@ -72,14 +74,42 @@ Soup MakeSoup(Scratch<Vector3D<float>> corners, std::size_t facetCount)
     return soup;
 }
 
+// Lets the position of every corner hold the corner's very bits: where 0 and -0 meet, one place becomes
+// several positions. Edges have been paired by then, so nothing that belongs together is parted.
+void PartZerosBySign(Soup& soup)
+{
+    std::map<std::pair<std::int32_t, std::uint32_t>, std::int32_t> parts;
+    for (HalfEdge corner = 0; corner < HalfEdge(3 * soup.facetCount); ++corner) {
+        const Vector3D<float>& point = soup.corners[std::size_t(corner)];
+        std::int32_t& position = soup.PositionAt(corner);
+        if (HaveSameBits(point, soup.PointOf(position)))
+            continue;
+        const std::uint32_t signs = std::uint32_t(std::signbit(point.x)) |
+                                    std::uint32_t(std::signbit(point.y)) << 1 |
+                                    std::uint32_t(std::signbit(point.z)) << 2;
+        const auto [part, isNew] = parts.try_emplace({position, signs}, std::int32_t(soup.positions.count));
+        if (isNew) {
+            soup.positions.positions[soup.positions.count++] = {point, 0};
+            soup.partedPositions.insert(soup.partedPositions.end(), {position, part->second});
+        }
+        --soup.positions.positions[std::size_t(position)].cornerCount;
+        ++soup.positions.positions[std::size_t(part->second)].cornerCount;
+        position = part->second;
+        soup.isReordered = true;
+    }
+}
+
 // Pairing needs memory as large as the corners. Fresh memory is the largest single cost of a load, so it gets
 // theirs unless they hold more than their positions do.
 void PairEdges(Soup& soup)
 {
-    Scratch<EdgeRecord> records = soup.positions.hasMixedZeros
-                                      ? Scratch<EdgeRecord>(3 * soup.facetCount)
-                                      : std::move(soup.corners).ReuseAs<EdgeRecord>();
+    const bool hasMixedZeros = soup.positions.hasMixedZeros;
+    Scratch<EdgeRecord> records = hasMixedZeros ? Scratch<EdgeRecord>(3 * soup.facetCount)
+                                                : std::move(soup.corners).ReuseAs<EdgeRecord>();
     soup.links = PairHalfEdges(soup.positionOf.data(), soup.facetCount, soup.positions.count, records);
+    if (hasMixedZeros)
+        PartZerosBySign(soup);
+    soup.corners = Scratch<Vector3D<float>>();
 }
 
 void LinkFacets(Soup& soup)

@@ -6,23 +6,16 @@
 #include <vector>
 
 #include "core/common/LargePages_p.h"
-#include "core/math/Vector3D.h"
 
 namespace kr::stl {
 
-/// Where a corner lies: the coordinates, and the number of the position that they came from.
-struct Place {
-    Vector3D<float> point;
-    std::int32_t position = -1;
-};
-
 /// Groups of corners that move together while edges are snapped.
 ///
-/// A snap moves one group to a place and then joins it with another that stays. Writing the place into each
-/// corner would cost a fan of n facets n * n / 2 writes; so groups form a forest in which the smaller is hung
-/// below the larger, and a move is noted at the root only. A note counts for a group that hung there before
-/// it was made, not for one that came later, which the times tell. Each look-up and join takes as many steps
-/// as the logarithm of the group count.
+/// A snap moves one group to a position and then joins it with another that stays. Writing the position into
+/// each corner would cost a fan of n facets n * n / 2 writes; so groups form a forest in which the smaller is
+/// hung below the larger, and a move is noted at the root only. A note counts for a group that hung there
+/// before it was made, not for one that came later, which the times tell. Each look-up and join takes as many
+/// steps as the logarithm of the group count.
 class SnapGroups {
 public:
     explicit SnapGroups(std::size_t count)
@@ -31,28 +24,30 @@ public:
         m_nodes.resize(count);
     }
 
-    /// Where the group was last moved to; a null pointer while it is where it was at first.
-    const Place* Find(std::size_t group) const
+    static constexpr std::int32_t kNotMoved = -1;
+
+    /// The position that the group was last moved to; kNotMoved while it is where it was at first.
+    std::int32_t PositionOf(std::size_t group) const
     {
-        const Place* place = nullptr;
+        std::int32_t position = kNotMoved;
         std::uint32_t joinedAt = 0;
         for (std::size_t at = group;;) {
             const Node& node = m_nodes[at];
             // Joins above happened later than all moves below, so the highest valid note is the latest.
             if (node.movedAt > joinedAt)
-                place = &node.place;
+                position = node.position;
             if (node.parent == kRoot)
-                return place;
+                return position;
             joinedAt = node.joinedAt;
             at = std::size_t(node.parent);
         }
     }
 
     /// Moves all of the group, with whatever it was joined with before.
-    void Move(std::size_t group, const Place& place)
+    void Move(std::size_t group, std::int32_t position)
     {
         Node& root = m_nodes[Root(group)];
-        root.place = place;
+        root.position = position;
         root.movedAt = ++m_time;
     }
 
@@ -73,7 +68,7 @@ private:
     static constexpr std::int32_t kRoot = -1;
 
     struct Node {
-        Place place;
+        std::int32_t position = kNotMoved;
         std::int32_t parent = kRoot;
         std::uint32_t size = 1;
         std::uint32_t joinedAt = 0; // joined to the parent

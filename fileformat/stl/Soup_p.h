@@ -25,29 +25,30 @@ struct CornerBox {
 /// The triangle soup while it is stitched. Corner 3 * t + c is corner c of facet t; half-edge h starts from
 /// corner h.
 struct Soup {
-    /// Only while they are needed: once each corner has its position, that tells where the corner lies. They
-    /// stay where somewhere 0 and -0 meet, because a corner's bits are then not those of its position.
-    Scratch<Vector3D<float>> corners;
+    Scratch<Vector3D<float>>
+        corners; ///< only until each corner has its position, which then tells where it lies
     std::size_t facetCount = 0;
     CornerBox removedCorners;             ///< corners of the facets that were removed
     float firstEdgeExtent = 0;            ///< extent of the file's very first edge
     std::vector<TriangleFace> positionOf; ///< for each facet the position numbers of its corners
     PositionList positions;
     HalfEdgeLinks links;
+    std::vector<std::int32_t>
+        partedPositions;      ///< share their place with others that have zeros of other signs
     bool isReordered = false; ///< position numbers do not stand in first-met order any more
 
     std::int32_t& PositionAt(HalfEdge corner) { return positionOf[std::size_t(corner / 3)][corner % 3]; }
     std::int32_t PositionAt(HalfEdge corner) const { return positionOf[std::size_t(corner / 3)][corner % 3]; }
 
+    const Vector3D<float>& PointOf(std::int32_t position) const
+    {
+        return positions.positions[std::size_t(position)].point;
+    }
     const Vector3D<float>& PointAt(std::size_t facet, int corner) const
     {
-        return corners.data() ? corners[3 * facet + std::size_t(corner)]
-                              : positions.positions[std::size_t(positionOf[facet][corner])].point;
+        return PointOf(positionOf[facet][corner]);
     }
-    const Vector3D<float>& PointAt(HalfEdge corner) const
-    {
-        return PointAt(std::size_t(corner / 3), corner % 3);
-    }
+    const Vector3D<float>& PointAt(HalfEdge corner) const { return PointOf(PositionAt(corner)); }
 };
 
 /// The largest of |dx|, |dy|, |dz| over an edge with finite ends.

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 #include <optional>
 #include <vector>
@@ -68,19 +67,14 @@ SoupMeasures Measure(const Soup& soup)
     return measures;
 }
 
-bool HaveSameBits(const Vector3D<float>& a, const Vector3D<float>& b)
-{
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 // A half-edge that had no partner at first. Everything the passes need of it is together: in a large file the
 // facets of neighbouring open edges lie far apart.
 struct OpenEdge {
     HalfEdge halfEdge = 0;
     std::int32_t startGroup = -1; // groups of the corners at its two ends, and where these lie at first
     std::int32_t endGroup = -1;
-    Place start;
-    Place end;
+    std::int32_t startPosition = -1;
+    std::int32_t endPosition = -1;
 
     std::int32_t Facet() const { return halfEdge / 3; }
 };
@@ -122,7 +116,7 @@ public:
         NearEdgeGrid grid(m_remaining.size(), reach);
         for (std::size_t n = 0; n < m_remaining.size(); ++n) {
             const std::int32_t i = m_remaining[n];
-            const EdgeEnds ends{PlaceOf(StartOf(i)).point, PlaceOf(EndOf(i)).point};
+            const EdgeEnds ends{m_soup.PointOf(PositionOf(StartOf(i))), m_soup.PointOf(PositionOf(EndOf(i)))};
             const float extent = EdgeExtent(ends.start, ends.end);
             if (extent < reach || !std::isfinite(extent))
                 continue;
@@ -140,13 +134,15 @@ public:
         DropLinked();
     }
 
-    /// Writes the new places into the soup.
-    void ApplyPlaces()
+    /// Writes the new positions into the soup.
+    void ApplyMoves()
     {
-        for (std::size_t group = 0; group + 1 < m_groupStarts.size(); ++group)
-            if (const Place* place = m_groups.Find(group))
+        for (std::size_t group = 0; group + 1 < m_groupStarts.size(); ++group) {
+            const std::int32_t position = m_groups.PositionOf(group);
+            if (position != SnapGroups::kNotMoved)
                 for (std::size_t n = m_groupStarts[group]; n < m_groupStarts[group + 1]; ++n)
-                    MoveCorner(m_groupCorners[n], *place);
+                    MoveCorner(m_groupCorners[n], position);
+        }
     }
 
 private:
@@ -154,13 +150,13 @@ private:
     static constexpr std::size_t kAhead = 16;
     static constexpr HalfEdge kStretch = 16;
 
-    // An edge's record with the places that it was made from.
+    // An edge's record with the positions that it was made from.
     struct FiledEdge {
         std::int32_t openEdge = -1;
         int bucket = 0;
         bool takesPart = false;
-        Vector3D<float> start;
-        Vector3D<float> end;
+        std::int32_t startPosition = -1;
+        std::int32_t endPosition = -1;
         MeshEigenEdgeInfo record;
     };
 
@@ -174,22 +170,20 @@ private:
     // not moved.
     struct EdgeEnd {
         std::size_t group;
-        const Place& firstPlace;
+        std::int32_t firstPosition;
     };
 
     OpenEdge& At(std::int32_t i) { return m_openEdges[std::size_t(i)]; }
     const OpenEdge& At(std::int32_t i) const { return m_openEdges[std::size_t(i)]; }
     bool IsLinked(std::int32_t i) const { return m_mates[At(i).halfEdge].IsLinked(); }
-    EdgeEnd StartOf(std::int32_t i) const { return {std::size_t(At(i).startGroup), At(i).start}; }
-    EdgeEnd EndOf(std::int32_t i) const { return {std::size_t(At(i).endGroup), At(i).end}; }
+    EdgeEnd StartOf(std::int32_t i) const { return {std::size_t(At(i).startGroup), At(i).startPosition}; }
+    EdgeEnd EndOf(std::int32_t i) const { return {std::size_t(At(i).endGroup), At(i).endPosition}; }
 
-    const Place& PlaceOf(const EdgeEnd& end) const
+    std::int32_t PositionOf(const EdgeEnd& end) const
     {
-        const Place* const moved = m_groups.Find(end.group);
-        return moved ? *moved : end.firstPlace;
+        const std::int32_t moved = m_groups.PositionOf(end.group);
+        return moved == SnapGroups::kNotMoved ? end.firstPosition : moved;
     }
-
-    Place FirstPlaceOf(HalfEdge corner) const { return {m_soup.PointAt(corner), m_soup.PositionAt(corner)}; }
 
     void CollectOpenEdges()
     {
@@ -207,7 +201,7 @@ private:
             if (i + kAhead < m_openHalfEdges.size())
                 Prefetch(m_openHalfEdges[i + kAhead]);
             const HalfEdge h = m_openHalfEdges[i];
-            m_openEdges.push_back({h, -1, -1, FirstPlaceOf(h), FirstPlaceOf(NextInFacet(h))});
+            m_openEdges.push_back({h, -1, -1, m_soup.PositionAt(h), m_soup.PositionAt(NextInFacet(h))});
         }
         ReserveLarge(m_remaining, m_openEdges.size());
         m_remaining.resize(m_openEdges.size());
@@ -268,12 +262,13 @@ private:
     {
         FiledEdge filed;
         filed.openEdge = i;
-        filed.start = PlaceOf(StartOf(i)).point;
-        filed.end = PlaceOf(EndOf(i)).point;
+        filed.startPosition = PositionOf(StartOf(i));
+        filed.endPosition = PositionOf(EndOf(i));
         filed.record.facet = At(i).Facet();
         filed.record.edge = At(i).halfEdge % 3;
-        filed.takesPart = filed.record.update(EigenVecFunc3f::VectorToEigen(filed.start),
-                                              EigenVecFunc3f::VectorToEigen(filed.end), box[0], tolerance);
+        filed.takesPart = filed.record.update(
+            EigenVecFunc3f::VectorToEigen(m_soup.PointOf(filed.startPosition)),
+            EigenVecFunc3f::VectorToEigen(m_soup.PointOf(filed.endPosition)), box[0], tolerance);
         filed.bucket = filed.takesPart ? table.BucketOf(filed.record) : 0;
         return filed;
     }
@@ -283,8 +278,7 @@ private:
                       EdgeTable& table)
     {
         const std::int32_t i = filed.openEdge;
-        if (!HaveSameBits(filed.start, PlaceOf(StartOf(i)).point) ||
-            !HaveSameBits(filed.end, PlaceOf(EndOf(i)).point))
+        if (filed.startPosition != PositionOf(StartOf(i)) || filed.endPosition != PositionOf(EndOf(i)))
             filed = File(i, box, tolerance, table);
         if (!filed.takesPart)
             return;
@@ -325,8 +319,8 @@ private:
     // is.
     void Snap(const EdgeEnd& current, const EdgeEnd& earlier)
     {
-        const Place target = PlaceOf(current);
-        if (!HaveSameBits(target.point, PlaceOf(earlier).point))
+        const std::int32_t target = PositionOf(current);
+        if (target != PositionOf(earlier))
             m_groups.Move(earlier.group, target);
     }
 
@@ -336,14 +330,13 @@ private:
         __builtin_prefetch(&m_mates[corner]);
     }
 
-    void MoveCorner(HalfEdge corner, const Place& place)
+    void MoveCorner(HalfEdge corner, std::int32_t position)
     {
-        std::int32_t& position = m_soup.PositionAt(corner);
-        --m_soup.positions.positions[std::size_t(position)].cornerCount;
-        ++m_soup.positions.positions[std::size_t(place.position)].cornerCount;
-        position = place.position;
-        if (m_soup.corners.data())
-            m_soup.corners[std::size_t(corner)] = place.point;
+        Position* const positions = m_soup.positions.positions.data();
+        std::int32_t& current = m_soup.PositionAt(corner);
+        --positions[current].cornerCount;
+        ++positions[position].cornerCount;
+        current = position;
         m_soup.isReordered = true;
     }
 
@@ -372,7 +365,7 @@ void LinkWithinTolerance(Soup& soup)
         linker.LinkWithinCells(measures.box, measures.smallestEdge + measures.diagonal / 10000);
     if (linker.HasOpenEdges())
         linker.LinkWithinReach(measures.smallestEdge);
-    linker.ApplyPlaces();
+    linker.ApplyMoves();
 }
 
 } // namespace kr::stl

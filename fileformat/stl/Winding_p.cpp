@@ -25,8 +25,6 @@ void TurnFacetOver(Soup& soup, std::size_t facet)
     }
     for (int edge = 0; edge < 3; ++edge)
         mates[first + edge] = turned[edge];
-    if (soup.corners.data())
-        std::swap(soup.corners[std::size_t(first)], soup.corners[std::size_t(first) + 1]);
     std::swap(soup.positionOf[facet][0], soup.positionOf[facet][1]);
 }
 
