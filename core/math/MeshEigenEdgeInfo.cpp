@@ -39,9 +39,15 @@ Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, doubl
     return key;
 }
 
-uint64_t HashOf(const Key& key)
+// Floats over a float make doubles that cannot overflow: a number that is not finite came in as one.
+bool IsFinite(const Key& key)
 {
-    uint64_t hash = kr::HashSeed();
+    return (key[0] + key[1] + key[2]) * 0.0 == 0.0;
+}
+
+uint64_t HashOf(const Key& key, uint64_t seed)
+{
+    uint64_t hash = seed;
     for (const double value : key) {
         uint64_t bits;
         std::memcpy(&bits, &value, sizeof bits);
@@ -62,12 +68,11 @@ void MeshEigenEdgeInfo::init(const Eigen::Vector3f* p, const Eigen::Vector3f* q)
 bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vector3f& b,
                                const Eigen::Vector3f& boxMin, float tolerance)
 {
-    const bool hasGrid = tolerance > 0 && std::isfinite(tolerance) && boxMin.allFinite();
-    if (hasGrid && a.allFinite() && b.allFinite()) {
+    if (tolerance > 0 && std::isfinite(tolerance)) {
         const double cellsPerUnit = 1 / double(tolerance);
         m_start = KeyOfCell(a, boxMin, cellsPerUnit);
         m_end = KeyOfCell(b, boxMin, cellsPerUnit);
-        if (m_start != m_end)
+        if (IsFinite(m_start) && IsFinite(m_end) && m_start != m_end)
             return true;
     }
     m_start.fill(kEqualsNothing);
@@ -88,7 +93,8 @@ bool MeshEigenEdgeInfo::isOppositeEdge(const MeshEigenEdgeInfo& other) const
 int MeshEigenEdgeInfo::getHashValue(int tableSize) const
 {
     // A sum does not depend on the order of its parts: both directions of an edge hash alike.
-    uint64_t hash = (HashOf(m_start) + HashOf(m_end)) * 0xD6E8FEB86659FD93u;
-    hash ^= hash >> 32;
-    return int(hash % uint64_t(tableSize));
+    const uint64_t seed = kr::HashSeed();
+    const uint64_t hash = (HashOf(m_start, seed) + HashOf(m_end, seed)) * 0xD6E8FEB86659FD93u;
+    // The high half is the better mixed one; a remainder of 32 bits costs half of one of 64.
+    return int(uint32_t(hash >> 32) % uint32_t(tableSize));
 }

@@ -35,12 +35,10 @@ struct FanWalk {
     std::int32_t met = 0;
 };
 
-constexpr std::int32_t kUnnumbered = -1;
-
 // The positions in the order in which the facets first meet them, for a soup in which that is not their own
 // order.
 struct FirstMet {
-    std::vector<std::int32_t> vertexOf;    // for each position; kUnnumbered where no corner lies
+    Scratch<std::int32_t> nextVertexOf;    // for each position 1 + its vertex, 0 as long as it has none
     std::vector<Vector3D<float>> vertices; // the first corner's place
 };
 
@@ -58,7 +56,7 @@ public:
     {
         if (!soup.isReordered)
             return;
-        m_firstMet.vertexOf.assign(soup.positions.count, kUnnumbered);
+        m_firstMet.nextVertexOf = Scratch<std::int32_t>(soup.positions.count);
         ReserveLarge(m_firstMet.vertices, soup.positions.count);
     }
 
@@ -103,11 +101,11 @@ private:
             m_begunCount += isNew;
             return isNew;
         }
-        std::int32_t& vertex = m_firstMet.vertexOf[position];
-        if (vertex != kUnnumbered)
+        std::int32_t& nextVertex = m_firstMet.nextVertexOf[position];
+        if (nextVertex != 0)
             return false;
-        vertex = std::int32_t(m_firstMet.vertices.size());
         m_firstMet.vertices.push_back(m_soup.PointAt(m_scan));
+        nextVertex = std::int32_t(m_firstMet.vertices.size());
         return true;
     }
 
@@ -209,6 +207,8 @@ public:
     }
 
 private:
+    static constexpr std::int32_t kUnnumbered = -1;
+
     std::int32_t Append(HalfEdge corner)
     {
         m_vertices.push_back(m_soup.PointAt(corner));
@@ -271,9 +271,9 @@ void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::
 void TakeFirstMetOrder(Soup& soup, FirstMet& firstMet, std::vector<TriangleFace>& faces,
                        std::vector<Vector3D<float>>& vertices)
 {
-    const std::int32_t* const vertexOf = firstMet.vertexOf.data();
+    const std::int32_t* const next = firstMet.nextVertexOf.data();
     for (TriangleFace& face : soup.positionOf)
-        face = TriangleFace(vertexOf[face[0]], vertexOf[face[1]], vertexOf[face[2]]);
+        face = TriangleFace(next[face[0]] - 1, next[face[1]] - 1, next[face[2]] - 1);
     faces = std::move(soup.positionOf);
     vertices = std::move(firstMet.vertices);
 }

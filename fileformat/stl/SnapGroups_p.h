@@ -1,9 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
-#include <vector>
 
 #include "core/common/LargePages_p.h"
 
@@ -18,10 +18,9 @@ namespace kr::stl {
 /// steps as the logarithm of the group count.
 class SnapGroups {
 public:
-    explicit SnapGroups(std::size_t count)
+    explicit SnapGroups(std::size_t count) : m_nodes(count)
     {
-        ReserveLarge(m_nodes, count);
-        m_nodes.resize(count);
+        std::fill(m_nodes.begin(), m_nodes.end(), Node());
     }
 
     static constexpr std::int32_t kNotMoved = -1;
@@ -82,7 +81,7 @@ private:
         return group;
     }
 
-    std::vector<Node> m_nodes;
+    Scratch<Node> m_nodes;
     std::uint32_t m_time = 0;
 };
 

@@ -33,22 +33,33 @@ struct SoupMeasures {
     float smallestEdge = 0;
 };
 
+bool IsFinite(const Vector3D<float>& point)
+{
+    return (point.x + point.y + point.z) * 0.0f == 0.0f;
+}
+
 // Every corner lies at a position, and there are fewer of them.
-CornerBox BoxOf(const Soup& soup)
+CornerBox BoxOf(const Soup& soup, bool& isPlain)
 {
     CornerBox box = soup.removedCorners;
-    for (std::size_t i = 0; i < soup.positions.count; ++i)
-        box.Add(soup.positions.positions[i].point);
+    isPlain = true;
+    for (std::size_t i = 0; i < soup.positions.count; ++i) {
+        const Vector3D<float>& point = soup.positions.positions[i].point;
+        isPlain &= IsFinite(point);
+        box.Add(point);
+    }
+    isPlain &= std::isfinite(EdgeExtent(box.minimum, box.maximum));
     return box;
 }
 
 // One running minimum an edge of the facet, so that no comparison waits for the one before it.
-float SmallestEdge(const Soup& soup)
+template<class Extent>
+float SmallestEdge(const Soup& soup, Extent extentOf)
 {
     float least[3] = {soup.firstEdgeExtent, soup.firstEdgeExtent, soup.firstEdgeExtent};
     for (std::size_t t = 0; t < soup.facetCount; ++t)
         for (int edge = 0; edge < 3; ++edge) {
-            const float extent = EdgeExtent(soup.PointAt(t, edge), soup.PointAt(t, (edge + 1) % 3));
+            const float extent = extentOf(soup.PointAt(t, edge), soup.PointAt(t, (edge + 1) % 3));
             least[edge] = extent < least[edge] ? extent : least[edge];
         }
     return std::min({least[0], least[1], least[2]});
@@ -57,8 +68,10 @@ float SmallestEdge(const Soup& soup)
 SoupMeasures Measure(const Soup& soup)
 {
     SoupMeasures measures;
-    measures.smallestEdge = SmallestEdge(soup);
-    const CornerBox box = BoxOf(soup);
+    bool isPlain = true;
+    const CornerBox box = BoxOf(soup, isPlain);
+    // Without an infinite or missing number anywhere no edge needs to be asked for one.
+    measures.smallestEdge = isPlain ? SmallestEdge(soup, LargestDifference) : SmallestEdge(soup, EdgeExtent);
     if (!box.isEmpty) {
         measures.box[0] = EigenVecFunc3f::VectorToEigen(box.minimum);
         measures.box[1] = EigenVecFunc3f::VectorToEigen(box.maximum) - measures.box[0];
@@ -70,18 +83,23 @@ SoupMeasures Measure(const Soup& soup)
 // A half-edge that had no partner at first. Everything the passes need of it is together: in a large file the
 // facets of neighbouring open edges lie far apart.
 struct OpenEdge {
-    HalfEdge halfEdge = 0;
-    std::int32_t startGroup = -1; // groups of the corners at its two ends, and where these lie at first
-    std::int32_t endGroup = -1;
-    std::int32_t startPosition = -1;
-    std::int32_t endPosition = -1;
+    HalfEdge halfEdge;
+    std::int32_t startGroup; // groups of the corners at its two ends, and where these lie at first
+    std::int32_t endGroup;
+    std::int32_t startPosition;
+    std::int32_t endPosition;
 
     std::int32_t Facet() const { return halfEdge / 3; }
 };
 
 class TolerantLinker {
 public:
-    explicit TolerantLinker(Soup& soup) : m_soup(soup), m_mates(soup.links.mates.data())
+    explicit TolerantLinker(Soup& soup)
+        : m_soup(soup),
+          m_mates(soup.links.mates.data()),
+          m_openEdges(soup.links.unlinkedCount),
+          m_openHalfEdges(soup.links.unlinkedCount),
+          m_groupStarts(soup.links.unlinkedCount + 1)
     {
         CollectOpenEdges();
         CollectGroups();
@@ -137,7 +155,7 @@ public:
     /// Writes the new positions into the soup.
     void ApplyMoves()
     {
-        for (std::size_t group = 0; group + 1 < m_groupStarts.size(); ++group) {
+        for (std::size_t group = 0; group < m_groupCount; ++group) {
             const std::int32_t position = m_groups.PositionOf(group);
             if (position != SnapGroups::kNotMoved)
                 for (std::size_t n = m_groupStarts[group]; n < m_groupStarts[group + 1]; ++n)
@@ -146,6 +164,7 @@ public:
     }
 
 private:
+    static constexpr std::int32_t kNoGroup = -1;
     static constexpr std::size_t kBlock = 16;
     static constexpr std::size_t kAhead = 16;
     static constexpr HalfEdge kStretch = 16;
@@ -187,24 +206,22 @@ private:
 
     void CollectOpenEdges()
     {
-        ReserveLarge(m_openHalfEdges, m_soup.links.unlinkedCount);
+        std::size_t openCount = 0;
         m_openBefore.reserve(3 * m_soup.facetCount / kStretch + 1);
         const HalfEdge count = HalfEdge(3 * m_soup.facetCount);
         for (HalfEdge first = 0; first < count; first += kStretch) {
-            m_openBefore.push_back(std::int32_t(m_openHalfEdges.size()));
+            m_openBefore.push_back(std::int32_t(openCount));
             for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h)
                 if (!m_mates[h].IsLinked())
-                    m_openHalfEdges.push_back(h);
+                    m_openHalfEdges[openCount++] = h;
         }
-        ReserveLarge(m_openEdges, m_openHalfEdges.size());
-        for (std::size_t i = 0; i < m_openHalfEdges.size(); ++i) {
-            if (i + kAhead < m_openHalfEdges.size())
+        for (std::size_t i = 0; i < openCount; ++i) {
+            if (i + kAhead < openCount)
                 Prefetch(m_openHalfEdges[i + kAhead]);
             const HalfEdge h = m_openHalfEdges[i];
-            m_openEdges.push_back({h, -1, -1, m_soup.PositionAt(h), m_soup.PositionAt(NextInFacet(h))});
+            m_openEdges[i] = {h, kNoGroup, kNoGroup, m_soup.PositionAt(h), m_soup.PositionAt(NextInFacet(h))};
         }
-        ReserveLarge(m_remaining, m_openEdges.size());
-        m_remaining.resize(m_openEdges.size());
+        m_remaining.resize(openCount);
         std::iota(m_remaining.begin(), m_remaining.end(), 0);
     }
 
@@ -226,27 +243,27 @@ private:
 
     void CollectGroups()
     {
-        ReserveLarge(m_groupStarts, m_openEdges.size() + 1);
-        ReserveLarge(m_groupCorners, 2 * m_openEdges.size());
+        m_groupCorners.reserve(2 * m_openEdges.size());
         for (std::size_t i = 0; i < m_openEdges.size(); ++i) {
             if (i + kAhead < m_openEdges.size())
                 __builtin_prefetch(&m_mates[m_openEdges[i + kAhead].halfEdge]);
             OpenEdge& edge = m_openEdges[i];
-            if (edge.startGroup < 0)
+            if (edge.startGroup == kNoGroup)
                 edge.startGroup = AddGroup({edge.halfEdge, false});
-            if (edge.endGroup < 0)
+            if (edge.endGroup == kNoGroup)
                 edge.endGroup = AddGroup({NextInFacet(edge.halfEdge), true});
         }
-        m_groups = SnapGroups(m_groupStarts.size());
-        m_groupStarts.push_back(m_groupCorners.size());
+        m_groups = SnapGroups(m_groupCount);
+        m_groupStarts[m_groupCount] = m_groupCorners.size();
     }
 
-    // Walks a path from one of its ends and tells the open edge at the other. Ends because a path that begins
-    // at an open edge cannot run into a ring.
+    // Walks a path from one of its ends and tells the open edge at the other: a path has two ends and an open
+    // edge too, so there are as many groups as open edges. Ends because a path that begins at an open edge
+    // cannot run into a ring.
     std::int32_t AddGroup(FanStep step)
     {
-        const std::int32_t group = std::int32_t(m_groupStarts.size());
-        m_groupStarts.push_back(m_groupCorners.size());
+        const std::int32_t group = std::int32_t(m_groupCount++);
+        m_groupStarts[std::size_t(group)] = m_groupCorners.size();
         m_groupCorners.push_back(step.corner);
         while (m_mates[step.EdgeToCross()].IsLinked()) {
             step = CrossEdge(step, m_mates);
@@ -342,13 +359,13 @@ private:
 
     Soup& m_soup;
     Mate* m_mates;
-    std::vector<OpenEdge> m_openEdges;      // in order; numbers of open edges below index this list
-    std::vector<HalfEdge> m_openHalfEdges;  // the same ones, for NumberOf
+    Scratch<OpenEdge> m_openEdges;          // in order; numbers of open edges index this list
+    Scratch<HalfEdge> m_openHalfEdges;      // the same ones, for NumberOf
     std::vector<std::int32_t> m_openBefore; // for each stretch of half-edges, the open ones before it
     std::vector<std::int32_t> m_remaining;  // the ones still open when the pass began
     std::vector<HalfEdge> m_groupCorners;   // group by group
-    std::vector<std::size_t>
-        m_groupStarts; // for each group its first place in m_groupCorners, and the end of all
+    Scratch<std::size_t> m_groupStarts;     // where each group's corners begin, and the end of all
+    std::size_t m_groupCount = 0;
     SnapGroups m_groups{0};
 };
 
