@@ -13,6 +13,7 @@
 
 #include "core/mesh/Mesh.h"
 #include "tests/stl/LoadSupport.h"
+#include "tests/stl/SoupBuilder.h"
 
 namespace {
 
@@ -203,6 +204,24 @@ TEST(STLReader, IgnoresTheNormalsOfTheFile)
     ASSERT_TRUE(Load("solid\nfacet normal 1 0 0\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n", mesh));
     EXPECT_EQ(mesh.GetFaceNormals(), Points{Point(0, 0, 1)});
     EXPECT_EQ((*mesh.GetFacesVecPtr())[0], TriangleFace(0, 1, 2));
+}
+
+// Stitching hands its own volume over; with files of every sort it must be the mesh's own to the last bit.
+TEST(STLReader, StoresTheVolumeThatTheMeshCalculates)
+{
+    Random random(31);
+    const Directory directory;
+    int facesDropped = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const SoupCorners soup = RandomSoup(random);
+        const QString path = directory.Path(QStringLiteral("soup.stl"));
+        ASSERT_TRUE(STLFile::SaveFile(path, soup, false, 80));
+        Mesh mesh(0.03f);
+        ASSERT_TRUE(STLFile::LoadFile(path, mesh, true, 80, false));
+        EXPECT_EQ(mesh.GetVolume(), mesh.CalcuateVolume());
+        facesDropped += mesh.GetFaceNum() < int(soup.size() / 3);
+    }
+    EXPECT_GT(facesDropped, 10);
 }
 
 TEST(STLReader, IgnoresCornersThatMakeNoFacet)
