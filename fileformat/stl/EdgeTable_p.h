@@ -28,9 +28,7 @@ inline int BucketCountFor(std::size_t wanted)
 class EdgeTable {
 public:
     /// @param edgeCount  how many edges will come; at most half of them wait in the table at once when most
-    /// find
-    ///                   a partner, and a table that stays in the cache serves them faster than an emptier
-    ///                   one
+    ///                   find a partner, and a table that stays in the cache serves them faster
     explicit EdgeTable(std::size_t edgeCount)
         : m_bucketCount(BucketCountFor(edgeCount / 2)),
           m_buckets(std::size_t(m_bucketCount)),
@@ -40,14 +38,14 @@ public:
     int BucketOf(const MeshEigenEdgeInfo& edge) const { return edge.getHashValue(m_bucketCount); }
     void Prefetch(int bucket) const { __builtin_prefetch(&m_buckets[std::size_t(bucket)]); }
 
-    /// Takes the latest edge out of the table that is the same as @p edge and not of its facet; when there is
-    /// none, puts @p edge in.
-    /// @param bucket  BucketOf(edge)
-    /// @param number  what the caller calls the edge
     struct Partner {
         int number = -1; ///< -1: none was found
         bool isOpposite = false;
     };
+    /// Takes the latest edge out of the table that is the same as @p edge and not of its facet; when there is
+    /// none, puts @p edge in.
+    /// @param bucket  BucketOf(edge)
+    /// @param number  what the caller calls the edge
     Partner TakePartnerOrInsert(const MeshEigenEdgeInfo& edge, int bucket, int number)
     {
         Node*& head = m_buckets[std::size_t(bucket)].head;

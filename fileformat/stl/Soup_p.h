@@ -80,13 +80,11 @@ struct FanStep {
 
 /// The matching corner across the edge, set to leave on its far side; not valid when the edge is unlinked.
 ///
-///        own edge                The corner's two sides lead to two neighbours, so the corners of a fan form
-///        a path
-///      ------------>             or a ring: a walk that never turns back meets each corner once and ends at
-///      a border
-///    corner    facet             or where it began. Facets wound against each other swap the sides.
-///      <------------
-///      previous edge
+///       own edge          The corner's two sides lead to two neighbours, so the corners of a fan form a path
+///     ------------>       or a ring: a walk that never turns back meets each corner once and ends at a
+///   corner    facet       border or where it began. Facets wound against each other swap the sides.
+///     <------------
+///     previous edge
 inline FanStep CrossEdge(const FanStep& step, const Mate* mates)
 {
     const Mate mate = mates[step.EdgeToCross()];

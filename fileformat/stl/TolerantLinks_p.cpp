@@ -14,13 +14,10 @@
 // Links edges whose ends lie close together and snaps the ends to one place. Only edges without a partner
 // take part, so the work follows their number.
 //
-//            A facet's corner at the end of an open edge is one end of a path of corners, from facet to facet
-//            across
-//     \ | /  linked edges to the next open edge: all corners of such a path have one place and move together,
-//     so each
-//   ___\|/   path is a group (SnapGroups). Linking two open edges joins their groups at both ends. The new
-//   places are
-//       ^    written into the corners once, at the end.
+//   \  |  /    A facet's corner at the end of an open edge is one end of a path of corners, from facet to
+//    \ | /     facet across linked edges to the next open edge. All corners of a path have one place and
+//   __\|/__    move together, so each path is a group (SnapGroups). Linking two open edges joins their
+//   path -->   groups at both ends. The new positions are written into the soup once, at the end.
 
 namespace kr::stl {
 
