@@ -21,13 +21,13 @@ Key KeyOfPoint(const Eigen::Vector3f& point)
     return {double(point.x()) + 0.0, double(point.y()) + 0.0, double(point.z()) + 0.0};
 }
 
-// To the nearest whole number, halves to the even one. Adding 1.5 * 2^52 leaves no bits for a fraction;
-// numbers beyond 2^51 are whole, or as good as whole, already.
+// To the nearest whole number, halves to the even one. Adding 1.5 * 2^52 leaves no bits for a fraction; from
+// 2^51 on the sum would lose more than that.
 double RoundToNearest(double value)
 {
     constexpr double kNoFraction = 6755399441055744.0;
-    constexpr double kLargest = 2251799813685248.0;
-    return std::fabs(value) < kLargest ? (value + kNoFraction) - kNoFraction : value;
+    constexpr double kTooLarge = 2251799813685248.0;
+    return std::fabs(value) < kTooLarge ? (value + kNoFraction) - kNoFraction : std::nearbyint(value);
 }
 
 // Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds.

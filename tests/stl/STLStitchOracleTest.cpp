@@ -123,6 +123,30 @@ TEST_P(STLStitchOracle, KeepsWhatAnyMeshMustHold)
 
 INSTANTIATE_TEST_SUITE_P(Seeds, STLStitchOracle, testing::Range(1u, 101u));
 
+// Seen from the box's corner the first facets lie between 2^51 and 2^52 cells away, where a double still has
+// halves.
+TEST(STLStitch, RoundsToWholeCellsHoweverFarTheyLie)
+{
+    const float d = 8.82818033e-44f;
+    const SoupCorners soup{{0, 0, 0},
+                           {-0.0f, -d, d},
+                           {-0.0f, -d, -d},
+                           {-5.87756004e-39f, d, 0},
+                           {-0.0f, -d, -d},
+                           {-d, d, -0.0f},
+                           {0, 0, 0},
+                           {1, 0, 5.08892321e-29f},
+                           {-1.45487907e-26f, 1.17541828e-28f, 1.50635468e-36f},
+                           {5.37198499e-26f, 5.83173477e-39f, 5.83155401e-39f},
+                           {0, -2.01948897e-28f, 3.05178073e-05f},
+                           {4.39213763e-05f, 5.16295527e-39f, -0.0f}};
+    const PlainStitchResult plain = StitchPlainly(soup, NoNormals(soup));
+    ASSERT_EQ(plain.tolerantLinks, 1);
+    const Stitched fast = Stitch(soup, NoNormals(soup));
+    EXPECT_TRUE(SameBytes(fast.faces, plain.faces));
+    EXPECT_TRUE(SameBytes(fast.vertices, plain.vertices));
+}
+
 TEST(STLStitch, LinksAcrossTheBordersOfCells)
 {
     int reachLinks = 0;
