@@ -35,15 +35,48 @@ bool IsFinite(const Vector3D<float>& point)
     return (point.x + point.y + point.z) * 0.0f == 0.0f;
 }
 
-// Every corner lies at a position, and there are fewer of them.
-CornerBox BoxOf(const Soup& soup, bool& isPlain)
+void Lower(float& least, float value)
 {
-    CornerBox box = soup.removedCorners;
+    least = value < least ? value : least;
+}
+void Raise(float& most, float value)
+{
+    most = value > most ? value : most;
+}
+
+// Every corner lies at a position, and there are fewer of them. Sets isPlain when all are finite.
+CornerBox BoxOfPositions(const Soup& soup, bool& isPlain)
+{
+    const Position* const positions = soup.positions.positions.data();
+    CornerBox box;
+    box.isEmpty = soup.positions.count == 0;
+    if (!box.isEmpty)
+        box.minimum = box.maximum = positions[0].point;
     isPlain = true;
     for (std::size_t i = 0; i < soup.positions.count; ++i) {
-        const Vector3D<float>& point = soup.positions.positions[i].point;
+        const Vector3D<float>& point = positions[i].point;
         isPlain &= IsFinite(point);
-        box.Add(point);
+        Lower(box.minimum.x, point.x);
+        Lower(box.minimum.y, point.y);
+        Lower(box.minimum.z, point.z);
+        Raise(box.maximum.x, point.x);
+        Raise(box.maximum.y, point.y);
+        Raise(box.maximum.z, point.z);
+    }
+    return box;
+}
+
+CornerBox BoxOf(const Soup& soup, bool& isPlain)
+{
+    CornerBox box = BoxOfPositions(soup, isPlain);
+    if (!isPlain) {
+        box = CornerBox();
+        for (std::size_t i = 0; i < soup.positions.count; ++i)
+            box.Add(soup.positions.positions[i].point);
+    }
+    if (!soup.removedCorners.isEmpty) {
+        box.Add(soup.removedCorners.minimum);
+        box.Add(soup.removedCorners.maximum);
     }
     isPlain &= std::isfinite(EdgeExtent(box.minimum, box.maximum));
     return box;
@@ -95,7 +128,7 @@ public:
         : m_soup(soup),
           m_mates(soup.links.mates.data()),
           m_openEdges(soup.links.unlinkedCount),
-          m_openHalfEdges(soup.links.unlinkedCount),
+          m_openHalfEdges(soup.links.unlinkedCount + 1),
           m_groupStarts(soup.links.unlinkedCount + 1)
     {
         CollectOpenEdges();
@@ -208,9 +241,11 @@ private:
         const HalfEdge count = HalfEdge(3 * m_soup.facetCount);
         for (HalfEdge first = 0; first < count; first += kStretch) {
             m_openBefore.push_back(std::int32_t(openCount));
-            for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h)
-                if (!m_mates[h].IsLinked())
-                    m_openHalfEdges[openCount++] = h;
+            // Written always, kept if open: few are, and guessing which would cost more than a store.
+            for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h) {
+                m_openHalfEdges[openCount] = h;
+                openCount += !m_mates[h].IsLinked();
+            }
         }
         for (std::size_t i = 0; i < openCount; ++i) {
             if (i + kAhead < openCount)
