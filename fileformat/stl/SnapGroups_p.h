@@ -25,35 +25,40 @@ public:
 
     static constexpr std::int32_t kNotMoved = -1;
 
-    /// The position that the group was last moved to; kNotMoved while it is where it was at first.
-    std::int32_t PositionOf(std::size_t group) const
+    /// Where a group belongs, and where it lies.
+    struct Location {
+        std::size_t root = 0; ///< of all groups that move with it, until the next join
+        std::int32_t position =
+            kNotMoved; ///< that it was last moved to; kNotMoved while it is where it was at first
+    };
+
+    Location Locate(std::size_t group) const
     {
-        std::int32_t position = kNotMoved;
+        Location location{group, kNotMoved};
         std::uint32_t joinedAt = 0;
-        for (std::size_t at = group;;) {
-            const Node& node = m_nodes[at];
+        for (;;) {
+            const Node& node = m_nodes[location.root];
             // Joins above happened later than all moves below, so the highest valid note is the latest.
             if (node.movedAt > joinedAt)
-                position = node.position;
+                location.position = node.position;
             if (node.parent == kRoot)
-                return position;
+                return location;
             joinedAt = node.joinedAt;
-            at = std::size_t(node.parent);
+            location.root = std::size_t(node.parent);
         }
     }
 
-    /// Moves all of the group, with whatever it was joined with before.
-    void Move(std::size_t group, std::int32_t position)
+    /// Moves all groups of the root.
+    void Move(std::size_t root, std::int32_t position)
     {
-        Node& root = m_nodes[Root(group)];
-        root.position = position;
-        root.movedAt = ++m_time;
+        m_nodes[root].position = position;
+        m_nodes[root].movedAt = ++m_time;
     }
 
     /// Lets two groups move together from now on.
     void Join(std::size_t a, std::size_t b)
     {
-        std::size_t larger = Root(a), smaller = Root(b);
+        std::size_t larger = Locate(a).root, smaller = Locate(b).root;
         if (larger == smaller)
             return;
         if (m_nodes[larger].size < m_nodes[smaller].size)
@@ -73,13 +78,6 @@ private:
         std::uint32_t joinedAt = 0; // joined to the parent
         std::uint32_t movedAt = 0;  // noted here; 0 is never
     };
-
-    std::size_t Root(std::size_t group) const
-    {
-        while (m_nodes[group].parent != kRoot)
-            group = std::size_t(m_nodes[group].parent);
-        return group;
-    }
 
     Scratch<Node> m_nodes;
     std::uint32_t m_time = 0;

@@ -129,6 +129,8 @@ public:
           m_mates(soup.links.mates.data()),
           m_openEdges(soup.links.unlinkedCount),
           m_openHalfEdges(soup.links.unlinkedCount + 1),
+          m_openBefore(3 * soup.facetCount / std::size_t(kStretch) + 1),
+          m_groupCorners(3 * soup.facetCount),
           m_groupStarts(soup.links.unlinkedCount + 1)
     {
         CollectOpenEdges();
@@ -145,6 +147,8 @@ public:
         for (std::size_t first = 0; first < m_remaining.size(); first += kBlock) {
             const std::size_t count = std::min(kBlock, m_remaining.size() - first);
             for (std::size_t n = 0; n < count; ++n) {
+                if (first + n + kBlock < m_remaining.size())
+                    PrefetchEnds(m_remaining[first + n + kBlock]);
                 block[n] = File(m_remaining[first + n], box, tolerance, table);
                 table.Prefetch(block[n].bucket);
             }
@@ -186,7 +190,7 @@ public:
     void ApplyMoves()
     {
         for (std::size_t group = 0; group < m_groupCount; ++group) {
-            const std::int32_t position = m_groups.PositionOf(group);
+            const std::int32_t position = m_groups.Locate(group).position;
             if (position != SnapGroups::kNotMoved)
                 for (std::size_t n = m_groupStarts[group]; n < m_groupStarts[group + 1]; ++n)
                     MoveCorner(m_groupCorners[n], position);
@@ -228,19 +232,18 @@ private:
     EdgeEnd StartOf(std::int32_t i) const { return {std::size_t(At(i).startGroup), At(i).startPosition}; }
     EdgeEnd EndOf(std::int32_t i) const { return {std::size_t(At(i).endGroup), At(i).endPosition}; }
 
-    std::int32_t PositionOf(const EdgeEnd& end) const
+    static std::int32_t PositionAt(const SnapGroups::Location& location, const EdgeEnd& end)
     {
-        const std::int32_t moved = m_groups.PositionOf(end.group);
-        return moved == SnapGroups::kNotMoved ? end.firstPosition : moved;
+        return location.position == SnapGroups::kNotMoved ? end.firstPosition : location.position;
     }
+    std::int32_t PositionOf(const EdgeEnd& end) const { return PositionAt(m_groups.Locate(end.group), end); }
 
     void CollectOpenEdges()
     {
         std::size_t openCount = 0;
-        m_openBefore.reserve(3 * m_soup.facetCount / kStretch + 1);
         const HalfEdge count = HalfEdge(3 * m_soup.facetCount);
         for (HalfEdge first = 0; first < count; first += kStretch) {
-            m_openBefore.push_back(std::int32_t(openCount));
+            m_openBefore[std::size_t(first / kStretch)] = std::int32_t(openCount);
             // Written always, kept if open: few are, and guessing which would cost more than a store.
             for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h) {
                 m_openHalfEdges[openCount] = h;
@@ -275,7 +278,6 @@ private:
 
     void CollectGroups()
     {
-        m_groupCorners.reserve(2 * m_openEdges.size());
         for (std::size_t i = 0; i < m_openEdges.size(); ++i) {
             if (i + kAhead < m_openEdges.size())
                 __builtin_prefetch(&m_mates[m_openEdges[i + kAhead].halfEdge]);
@@ -286,7 +288,7 @@ private:
                 edge.endGroup = AddGroup({NextInFacet(edge.halfEdge), true});
         }
         m_groups = SnapGroups(m_groupCount);
-        m_groupStarts[m_groupCount] = m_groupCorners.size();
+        m_groupStarts[m_groupCount] = m_groupCornerCount;
     }
 
     // Walks a path from one of its ends and tells the open edge at the other: a path has two ends and an open
@@ -295,11 +297,11 @@ private:
     std::int32_t AddGroup(FanStep step)
     {
         const std::int32_t group = std::int32_t(m_groupCount++);
-        m_groupStarts[std::size_t(group)] = m_groupCorners.size();
-        m_groupCorners.push_back(step.corner);
+        m_groupStarts[std::size_t(group)] = m_groupCornerCount;
+        m_groupCorners[m_groupCornerCount++] = step.corner;
         while (m_mates[step.EdgeToCross()].IsLinked()) {
             step = CrossEdge(step, m_mates);
-            m_groupCorners.push_back(step.corner);
+            m_groupCorners[m_groupCornerCount++] = step.corner;
         }
         OpenEdge& farEdge = At(NumberOf(step.EdgeToCross()));
         (step.leavesThroughOwnEdge ? farEdge.startGroup : farEdge.endGroup) = group;
@@ -352,10 +354,10 @@ private:
     {
         const EdgeEnd meetsStart = isOpposite ? EndOf(earlier) : StartOf(earlier);
         const EdgeEnd meetsEnd = isOpposite ? StartOf(earlier) : EndOf(earlier);
-        Snap(StartOf(current), meetsStart);
-        Snap(EndOf(current), meetsEnd);
-        m_groups.Join(StartOf(current).group, meetsStart.group);
-        m_groups.Join(EndOf(current).group, meetsEnd.group);
+        const Meeting atStart = Snap(StartOf(current), meetsStart);
+        const Meeting atEnd = Snap(EndOf(current), meetsEnd);
+        m_groups.Join(atStart.currentRoot, atStart.earlierRoot);
+        m_groups.Join(atEnd.currentRoot, atEnd.earlierRoot);
 
         const HalfEdge a = At(current).halfEdge, b = At(earlier).halfEdge;
         m_mates[a] = isOpposite ? Mate::Opposite(b) : Mate::SameWay(b);
@@ -364,13 +366,27 @@ private:
         m_soup.links.sameWayCount += !isOpposite;
     }
 
+    // The groups that meet at a corner.
+    struct Meeting {
+        std::size_t currentRoot;
+        std::size_t earlierRoot;
+    };
+
     // The earlier facet's corner, and all corners that move with it, go to where the current facet's corner
     // is.
-    void Snap(const EdgeEnd& current, const EdgeEnd& earlier)
+    Meeting Snap(const EdgeEnd& current, const EdgeEnd& earlier)
     {
-        const std::int32_t target = PositionOf(current);
-        if (target != PositionOf(earlier))
-            m_groups.Move(earlier.group, target);
+        const SnapGroups::Location to = m_groups.Locate(current.group), from = m_groups.Locate(earlier.group);
+        const std::int32_t target = PositionAt(to, current);
+        if (target != PositionAt(from, earlier))
+            m_groups.Move(from.root, target);
+        return {to.root, from.root};
+    }
+
+    void PrefetchEnds(std::int32_t i) const
+    {
+        __builtin_prefetch(&m_soup.PointOf(At(i).startPosition));
+        __builtin_prefetch(&m_soup.PointOf(At(i).endPosition));
     }
 
     void Prefetch(HalfEdge corner) const
@@ -391,12 +407,13 @@ private:
 
     Soup& m_soup;
     Mate* m_mates;
-    Scratch<OpenEdge> m_openEdges;          // in order; numbers of open edges index this list
-    Scratch<HalfEdge> m_openHalfEdges;      // the same ones, for NumberOf
-    std::vector<std::int32_t> m_openBefore; // for each stretch of half-edges, the open ones before it
-    std::vector<std::int32_t> m_remaining;  // the ones still open when the pass began
-    std::vector<HalfEdge> m_groupCorners;   // group by group
-    Scratch<std::size_t> m_groupStarts;     // where each group's corners begin, and the end of all
+    Scratch<OpenEdge> m_openEdges;         // in order; numbers of open edges index this list
+    Scratch<HalfEdge> m_openHalfEdges;     // the same ones, for NumberOf
+    Scratch<std::int32_t> m_openBefore;    // for each stretch of half-edges, the open ones before it
+    std::vector<std::int32_t> m_remaining; // the ones still open when the pass began
+    Scratch<HalfEdge> m_groupCorners;      // group by group; a corner is in one group at most
+    std::size_t m_groupCornerCount = 0;
+    Scratch<std::size_t> m_groupStarts; // where each group's corners begin, and the end of all
     std::size_t m_groupCount = 0;
     SnapGroups m_groups{0};
 };
