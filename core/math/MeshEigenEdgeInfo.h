@@ -1,6 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
 
 #include <Eigen/Core>
 
@@ -42,6 +45,63 @@ struct KRCORE_MATH_EXPORT MeshEigenEdgeInfo {
 private:
     using Key = std::array<double, 3>;
 
+    static double RoundToNearest(double value);
+    static Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, double cellsPerUnit);
+    static bool IsFinite(const Key& key);
+
     Key m_start{};
     Key m_end{};
 };
+
+// Matching takes these steps for every open edge of a file: they are worth being compiled into it.
+
+// To the nearest whole number, halves to the even one. Adding 1.5 * 2^52 leaves no bits for a fraction; from
+// 2^51 on the sum would lose more than that.
+inline double MeshEigenEdgeInfo::RoundToNearest(double value)
+{
+    constexpr double kNoFraction = 6755399441055744.0;
+    constexpr double kTooLarge = 2251799813685248.0;
+    return std::fabs(value) < kTooLarge ? (value + kNoFraction) - kNoFraction : std::nearbyint(value);
+}
+
+// Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds.
+inline MeshEigenEdgeInfo::Key MeshEigenEdgeInfo::KeyOfCell(const Eigen::Vector3f& point,
+                                                           const Eigen::Vector3f& boxMin, double cellsPerUnit)
+{
+    Key key;
+    for (int axis = 0; axis < 3; ++axis)
+        key[std::size_t(axis)] =
+            RoundToNearest((double(point[axis]) - double(boxMin[axis])) * cellsPerUnit) + 0.0;
+    return key;
+}
+
+// Floats over a float make doubles that cannot overflow: a number that is not finite came in as one.
+inline bool MeshEigenEdgeInfo::IsFinite(const Key& key)
+{
+    return (key[0] + key[1] + key[2]) * 0.0 == 0.0;
+}
+
+inline bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vector3f& b,
+                                      const Eigen::Vector3f& boxMin, float tolerance)
+{
+    if (tolerance > 0 && std::isfinite(tolerance)) {
+        const double cellsPerUnit = 1 / double(tolerance);
+        m_start = KeyOfCell(a, boxMin, cellsPerUnit);
+        m_end = KeyOfCell(b, boxMin, cellsPerUnit);
+        if (IsFinite(m_start) && IsFinite(m_end) && m_start != m_end)
+            return true;
+    }
+    m_start.fill(std::numeric_limits<double>::quiet_NaN());
+    m_end.fill(std::numeric_limits<double>::quiet_NaN());
+    return false;
+}
+
+inline bool MeshEigenEdgeInfo::isSameEdge(const MeshEigenEdgeInfo& other) const
+{
+    return isOppositeEdge(other) || (m_start == other.m_start && m_end == other.m_end);
+}
+
+inline bool MeshEigenEdgeInfo::isOppositeEdge(const MeshEigenEdgeInfo& other) const
+{
+    return m_start == other.m_end && m_end == other.m_start;
+}
