@@ -35,12 +35,6 @@ std::uint64_t HashOf(const Vector3D<float>& point, std::uint64_t seed)
     return hash ^ (hash >> 32);
 }
 
-bool IsFinite(const Vector3D<float>& point)
-{
-    // Finite numbers times 0 are 0; infinity and NaN give NaN.
-    return point.x * 0.0f + point.y * 0.0f + point.z * 0.0f == 0.0f;
-}
-
 class PositionTable {
 public:
     explicit PositionTable(std::size_t cornerCount) : m_positions(cornerCount), m_seed(HashSeed())

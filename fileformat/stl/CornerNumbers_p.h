@@ -9,6 +9,12 @@
 
 namespace kr::stl {
 
+inline bool IsFinite(const Vector3D<float>& point)
+{
+    // Finite numbers times 0 are 0; infinity and NaN give NaN.
+    return point.x * 0.0f + point.y * 0.0f + point.z * 0.0f == 0.0f;
+}
+
 /// A place where corners of the soup lie.
 struct Position {
     Vector3D<float> point;    ///< of the corner that was met first

@@ -20,7 +20,7 @@ namespace kr::stl {
 
 void CornerBox::Add(const Vector3D<float>& point)
 {
-    if (!std::isfinite(point.x) || !std::isfinite(point.y) || !std::isfinite(point.z))
+    if (!IsFinite(point))
         return;
     if (isEmpty) {
         minimum = maximum = point;

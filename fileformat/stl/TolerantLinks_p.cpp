@@ -30,11 +30,6 @@ struct SoupMeasures {
     float smallestEdge = 0;
 };
 
-bool IsFinite(const Vector3D<float>& point)
-{
-    return (point.x + point.y + point.z) * 0.0f == 0.0f;
-}
-
 void Lower(float& least, float value)
 {
     least = value < least ? value : least;
@@ -129,7 +124,7 @@ public:
           m_mates(soup.links.mates.data()),
           m_openEdges(soup.links.unlinkedCount),
           m_openHalfEdges(soup.links.unlinkedCount + 1),
-          m_openBefore(3 * soup.facetCount / std::size_t(kStretch) + 1),
+          m_openBefore(3 * soup.facetCount / kStretch + 1),
           m_groupCorners(3 * soup.facetCount),
           m_groupStarts(soup.links.unlinkedCount + 1)
     {
@@ -201,7 +196,7 @@ private:
     static constexpr std::int32_t kNoGroup = -1;
     static constexpr std::size_t kBlock = 16;
     static constexpr std::size_t kAhead = 16;
-    static constexpr HalfEdge kStretch = 16;
+    static constexpr std::size_t kStretch = 16;
 
     // An edge's record with the positions that it was made from.
     struct FiledEdge {
@@ -241,12 +236,12 @@ private:
     void CollectOpenEdges()
     {
         std::size_t openCount = 0;
-        const HalfEdge count = HalfEdge(3 * m_soup.facetCount);
-        for (HalfEdge first = 0; first < count; first += kStretch) {
-            m_openBefore[std::size_t(first / kStretch)] = std::int32_t(openCount);
+        const std::size_t count = 3 * m_soup.facetCount;
+        for (std::size_t first = 0; first < count; first += kStretch) {
+            m_openBefore[first / kStretch] = std::int32_t(openCount);
             // Written always, kept if open: few are, and guessing which would cost more than a store.
-            for (HalfEdge h = first; h < std::min(first + kStretch, count); ++h) {
-                m_openHalfEdges[openCount] = h;
+            for (std::size_t h = first; h < std::min(first + kStretch, count); ++h) {
+                m_openHalfEdges[openCount] = HalfEdge(h);
                 openCount += !m_mates[h].IsLinked();
             }
         }
@@ -263,7 +258,7 @@ private:
     // Looks through a short stretch of a list that stays in the cache; a table over all half-edges would not.
     std::int32_t NumberOf(HalfEdge openHalfEdge) const
     {
-        std::int32_t number = m_openBefore[std::size_t(openHalfEdge / kStretch)];
+        std::int32_t number = m_openBefore[std::size_t(openHalfEdge) / kStretch];
         while (m_openHalfEdges[std::size_t(number)] != openHalfEdge)
             ++number;
         return number;
