@@ -1,7 +1,7 @@
 #include "benchmarks/STLBenchmarkData.h"
 
 #include "core/common/DecimalText_p.h"
-#include "fileformat/stl/BlockReader_p.h"
+#include "fileformat/common/BlockReader_p.h"
 #include "fileformat/stl/STLBinary_p.h"
 #include "fileformat/stl/STLText_p.h"
 

@@ -7,11 +7,11 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QFileInfo>
 
 #include "core/common/AsciiText_p.h"
 #include "core/common/HalfEdgePairing_p.h"
 #include "core/mesh/Mesh.h"
+#include "fileformat/common/PlainFile_p.h"
 #include "fileformat/stl/STLBinary_p.h"
 #include "fileformat/stl/STLScanner_p.h"
 #include "fileformat/stl/STLText_p.h"
@@ -26,13 +26,6 @@ using kr::stl::SolidSearch;
 using kr::stl::TriangleSoup;
 
 enum class Variant { Unreadable, Text, Binary };
-
-// Only plain files: opening a pipe would wait for somebody to write into it. Blocks are read by ourselves, so
-// Qt need not keep another buffer.
-bool OpenForReading(QFile& file)
-{
-    return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-}
 
 // A byte-order mark needs no rule of its own: it stands in front of "solid", where any bytes may, and on the
 // first line, which is passed over.
@@ -95,7 +88,7 @@ std::optional<TriangleSoup> ReadDetectingVariant(QFile& file, int headerSize)
 std::optional<TriangleSoup> ReadSoup(const QString& fileName, int headerSize, bool forceBinary)
 {
     QFile file(fileName);
-    if (!OpenForReading(file))
+    if (!kr::OpenForReading(file))
         return std::nullopt;
     std::optional<TriangleSoup> soup =
         forceBinary ? kr::stl::ReadBinary(file, headerSize) : ReadDetectingVariant(file, headerSize);

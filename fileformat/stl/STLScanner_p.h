@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "core/common/AsciiText_p.h"
-#include "fileformat/stl/BlockReader_p.h"
+#include "fileformat/common/BlockReader_p.h"
 
 namespace kr::stl {
 

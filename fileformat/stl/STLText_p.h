@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "fileformat/stl/BlockReader_p.h"
+#include "fileformat/common/BlockReader_p.h"
 #include "fileformat/stl/STLSoup_p.h"
 
 namespace kr::stl {

@@ -6,15 +6,19 @@
 #include <QString>
 #include <QTextStream>
 
-#include "core/common/DecimalText_p.h"
 #include "core/mesh/Mesh.h"
 #include "core/utility/Utility.h"
-#include "fileformat/stl/BlockWriter_p.h"
+#include "fileformat/common/BlockWriter_p.h"
+#include "fileformat/common/PlainFile_p.h"
+#include "fileformat/common/TextSink_p.h"
 #include "fileformat/stl/STLFile.h"
 
 namespace {
 
+using kr::BlockText;
 using kr::BlockWriter;
+using kr::OpenForWriting;
+using kr::StreamText;
 using Point = Vector3D<float>;
 
 constexpr std::size_t kNormalAndCorners = 4;
@@ -28,36 +32,6 @@ Point NormalOf(const Point& a, const Point& b, const Point& c)
     Point::CalcNormal(a, b, c, normal);
     return normal;
 }
-
-// Where text goes: words of ASCII and numbers, gathered in a block or handed to a stream of the caller's,
-// whose settings then apply.
-class BlockText {
-public:
-    explicit BlockText(BlockWriter& writer) : m_writer(writer) {}
-
-    void Words(std::string_view words) { m_writer.Append(words); }
-    void Number(float value)
-    {
-        m_writer.Commit(kr::FormatFixed6(m_writer.Reserve(kr::kFixed6Capacity), value));
-    }
-
-private:
-    BlockWriter& m_writer;
-};
-
-class StreamText {
-public:
-    explicit StreamText(QTextStream& stream) : m_stream(stream) {}
-
-    void Words(std::string_view words)
-    {
-        m_stream << QLatin1String(words.data(), static_cast<int>(words.size()));
-    }
-    void Number(float value) { m_stream << value; }
-
-private:
-    QTextStream& m_stream;
-};
 
 template<class Text>
 void WritePointLine(Text& text, std::string_view beginning, const Point& point)
@@ -127,13 +101,6 @@ std::int64_t FacetCount(const std::vector<Point>& corners)
     return static_cast<std::int64_t>(corners.size() / 3);
 }
 
-// Blocks are gathered by ourselves, so Qt need not keep another buffer. It would print about an empty name.
-bool OpenForWriting(QFile& file, QIODevice::OpenMode textMode)
-{
-    const QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered;
-    return !file.fileName().isEmpty() && file.open(mode | textMode);
-}
-
 // The solids are meshes or bare soups; lists of pointers, so that one function serves both.
 template<class Solid>
 bool SaveText(const QString& fileName, const std::vector<const Solid*>& solids)
@@ -184,7 +151,7 @@ template<class Solid>
 bool SaveBinary(const QString& fileName, const std::vector<const Solid*>& solids, int headerSize)
 {
     QFile file(fileName);
-    if (!OpenForWriting(file, {}))
+    if (!OpenForWriting(file))
         return false;
     BlockWriter writer(file);
     WriteHeader(writer, headerSize);

@@ -1,4 +1,4 @@
-#include "fileformat/stl/BlockWriter_p.h"
+#include "fileformat/common/BlockWriter_p.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,4 +1,4 @@
-#include "fileformat/stl/BlockReader_p.h"
+#include "fileformat/common/BlockReader_p.h"
 
 #include <algorithm>
 #include <cstring>
