@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <vector>
 
 #include "fileformat/stl/STLFile.h"
+#include "fuzz/Require.h"
 #include "tests/stl/PlainStitcher.h"
 
 // STLFile::StitchTriangleSoup over any soup, compared with plain stitching. The first byte chooses how the
@@ -13,16 +13,11 @@
 
 namespace {
 
+using fuzz::Require;
 using Point = Vector3D<float>;
 
 // Plain stitching takes quadratic time.
 constexpr std::size_t kMostCorners = 300;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 // Low six bits: a point of a 4 x 4 x 4 grid. High two bits: as it is, beside it, with negative zeros, or not
 // a number.

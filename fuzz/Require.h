@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+
+#include "core/mesh/Mesh.h"
+
+namespace fuzz {
+
+/// Ends the run as a finding when what must hold does not.
+inline void Require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+/// What holds for every mesh that a reader filled: counts as the lists are long, faces of vertices there are.
+inline void RequireWhole(const Mesh& mesh)
+{
+    const std::size_t vertexCount = mesh.GetVerticesVecPtr()->size();
+    Require(static_cast<std::size_t>(mesh.GetVertexNum()) == vertexCount);
+    Require(static_cast<std::size_t>(mesh.GetFaceNum()) == mesh.GetFacesVecPtr()->size());
+    for (const TriangleFace& face : *mesh.GetFacesVecPtr()) {
+        for (const int index : face.v)
+            Require(index >= 0 && static_cast<std::size_t>(index) < vertexCount);
+    }
+}
+
+} // namespace fuzz
