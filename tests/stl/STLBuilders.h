@@ -5,13 +5,9 @@
 #include <string>
 
 #include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include "core/math/Vector3D.h"
+#include "tests/common/Directory.h"
 
 namespace test {
 
@@ -113,32 +109,6 @@ private:
 
     QByteArray m_lineEnd;
     QByteArray m_bytes;
-};
-
-/// A directory of its own for the files of one test.
-class Directory {
-public:
-    QString Path(const QString& name) const { return m_directory.filePath(name); }
-
-    QString Write(const QByteArray& bytes, const QString& name = QStringLiteral("model.stl")) const
-    {
-        QFile file(Path(name));
-        // A new file each time: some file systems write a truncated one out to the disk when it is closed.
-        file.remove();
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(bytes), bytes.size());
-        return Path(name);
-    }
-
-    static QByteArray Read(const QString& path)
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    }
-
-private:
-    QTemporaryDir m_directory;
 };
 
 } // namespace test
