@@ -106,47 +106,20 @@ char* Append(char* out, std::string_view text)
     return out + text.size();
 }
 
-// "00" to "99"
-struct DigitPairs {
-    char digits[200] = {};
-    constexpr DigitPairs()
-    {
-        for (std::size_t i = 0; i < 100; ++i) {
-            digits[2 * i] = static_cast<char>('0' + i / 10);
-            digits[2 * i + 1] = static_cast<char>('0' + i % 10);
-        }
-    }
-    void Write(char* out, std::size_t pair) const { std::memcpy(out, digits + 2 * pair, 2); }
-};
-constexpr DigitPairs kDigitPairs;
-
-// From here on a float has no fraction; below, a millionth part of it still is an integer of 64 bits.
-constexpr float kFirstWhole = 16777216.0f;
-
 } // namespace
 
-char* FormatFixed6(char* out, float value)
+char* detail::FormatWhole(char* out, float magnitude)
 {
-    if (std::isnan(value))
+    if (std::isnan(magnitude))
         return Append(out, "nan");
-    if (value < 0)
-        *out++ = '-';
-    const float magnitude = std::fabs(value);
     if (std::isinf(magnitude))
         return Append(out, "inf");
-    if (magnitude >= kFirstWhole)
-        return std::to_chars(out, out + kFixed6Capacity - 1, magnitude, std::chars_format::fixed, 6).ptr;
+    return std::to_chars(out, out + kFixed6Capacity - 1, magnitude, std::chars_format::fixed, 6).ptr;
+}
 
-    // 24 bits of the float by the 14 bits of 5^6: the product is exact, and so is adding a half to it.
-    const double roundedUp = static_cast<double>(magnitude) * 1e6 + 0.5;
-    const auto millionths = static_cast<std::uint64_t>(roundedUp);
-    char* const point = std::to_chars(out, out + kFixed6Capacity - 1, millionths / 1'000'000).ptr;
-    const auto fraction = static_cast<std::uint32_t>(millionths % 1'000'000);
-    *point = '.';
-    kDigitPairs.Write(point + 1, fraction / 10'000);
-    kDigitPairs.Write(point + 3, fraction / 100 % 100);
-    kDigitPairs.Write(point + 5, fraction % 100);
-    return point + 7;
+char* detail::FormatLongInteger(char* out, std::uint64_t value)
+{
+    return AppendTriple(FormatInteger(out, value / 1000), static_cast<std::uint32_t>(value % 1000));
 }
 
 } // namespace kr

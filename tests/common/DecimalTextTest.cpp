@@ -57,6 +57,12 @@ std::string Formatted(float value)
     return {buffer, kr::FormatFixed6(buffer, value)};
 }
 
+std::string FormattedInteger(std::uint64_t value)
+{
+    char buffer[kr::kIntegerCapacity];
+    return {buffer, kr::FormatInteger(buffer, value)};
+}
+
 // One stream for all comparisons: making one costs more than a thousand numbers.
 class FixedStream {
 public:
@@ -268,6 +274,33 @@ TEST(DecimalText, WritesSixDecimals)
     EXPECT_EQ(Formatted(16777216.0f), "16777216.000000");
 }
 
+TEST(DecimalText, WritesSixDecimalsOnBothSidesOfAWholeNumber)
+{
+    EXPECT_EQ(Formatted(0.99999994f), "1.000000");
+    EXPECT_EQ(Formatted(7.9999995f), "8.000000");
+    EXPECT_EQ(Formatted(std::nextafter(10.0f, 0.0f)), "9.999999");
+    EXPECT_EQ(Formatted(10.0f), "10.000000");
+    EXPECT_EQ(Formatted(std::nextafter(100.0f, 0.0f)), "99.999992");
+    EXPECT_EQ(Formatted(100.0f), "100.000000");
+    EXPECT_EQ(Formatted(999.99994f), "999.999939");
+    EXPECT_EQ(Formatted(1000.0f), "1000.000000");
+    EXPECT_EQ(Formatted(-999999.94f), "-999999.937500");
+    EXPECT_EQ(Formatted(1000000.0f), "1000000.000000");
+}
+
+TEST(DecimalText, WritesEveryDigitInEveryPlace)
+{
+    // Each whole number below 1000 with each thousandth, as texts of their own would be joined.
+    for (int whole = 0; whole < 1000; ++whole) {
+        const std::string text = Formatted(static_cast<float>(whole) + 0.5f);
+        ASSERT_EQ(text, std::to_string(whole) + ".500000");
+    }
+    for (int millionth = 0; millionth < 1'000'000; millionth += 7) {
+        const std::string digits = std::to_string(1'000'000 + millionth).substr(1);
+        ASSERT_EQ(Formatted(static_cast<float>(millionth * 1e-6)), "0." + digits);
+    }
+}
+
 TEST(DecimalText, WritesTiesAwayFromZero)
 {
     EXPECT_EQ(Formatted(0.0078125f), "0.007813");
@@ -314,5 +347,27 @@ TEST(DecimalText, WritesTiesAndTheirNeighboursAsTheTextStreamDoes)
         const float tie = static_cast<float>(i) / 128;
         for (const float value : {tie, std::nextafter(tie, 0.0f), std::nextafter(tie, 1e9f)})
             ASSERT_EQ(Formatted(value), stream.Format(value)) << value;
+    }
+}
+
+TEST(DecimalText, WritesIntegersOfEveryLength)
+{
+    EXPECT_EQ(FormattedInteger(0), "0");
+    std::uint64_t power = 1;
+    for (int length = 1; length <= 20; ++length, power *= 10) {
+        for (const std::uint64_t value : {power - 1, power, power + 1, power * 7 / 4})
+            ASSERT_EQ(FormattedInteger(value), std::to_string(value));
+    }
+    EXPECT_EQ(FormattedInteger(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615");
+}
+
+TEST(DecimalText, WritesSmallAndRandomIntegers)
+{
+    for (std::uint64_t value = 0; value < 1'100'000; value += 3)
+        ASSERT_EQ(FormattedInteger(value), std::to_string(value));
+    std::mt19937_64 random(6);
+    for (int i = 0; i < 100'000; ++i) {
+        const std::uint64_t value = random() >> (i % 64);
+        ASSERT_EQ(FormattedInteger(value), std::to_string(value));
     }
 }
