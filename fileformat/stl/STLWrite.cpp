@@ -17,6 +17,7 @@ namespace {
 
 using kr::BlockText;
 using kr::BlockWriter;
+using kr::NormalOf;
 using kr::OpenForWriting;
 using kr::StreamText;
 using Point = Vector3D<float>;
@@ -26,33 +27,22 @@ constexpr std::size_t kRecordSize = kNormalAndCorners * sizeof(Point) + sizeof(q
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "numbers are stored as the host holds them");
 
-Point NormalOf(const Point& a, const Point& b, const Point& c)
+template<class Line>
+void PutPoint(Line& line, std::string_view beginning, const Point& point)
 {
-    Point normal;
-    Point::CalcNormal(a, b, c, normal);
-    return normal;
-}
-
-template<class Text>
-void WritePointLine(Text& text, std::string_view beginning, const Point& point)
-{
-    text.Words(beginning);
-    text.Number(point.x);
-    text.Words(" ");
-    text.Number(point.y);
-    text.Words(" ");
-    text.Number(point.z);
-    text.Words("\n");
+    line.Words(beginning);
+    kr::EndWithPoint(line, point);
 }
 
 template<class Text>
 void WriteFacetText(Text& text, const Point& a, const Point& b, const Point& c)
 {
-    WritePointLine(text, "  facet normal ", NormalOf(a, b, c));
-    text.Words("    outer loop\n");
+    auto line = text.Line();
+    PutPoint(line, "  facet normal ", NormalOf(a, b, c));
+    line.Words("    outer loop\n");
     for (const Point* const corner : {&a, &b, &c})
-        WritePointLine(text, "      vertex ", *corner);
-    text.Words("    endloop\n  endfacet\n");
+        PutPoint(line, "      vertex ", *corner);
+    line.Words("    endloop\n  endfacet\n");
 }
 
 // 50 bytes, see STLBinary_p.cpp
@@ -111,10 +101,10 @@ bool SaveText(const QString& fileName, const std::vector<const Solid*>& solids)
     BlockWriter writer(file);
     BlockText text(writer);
     for (const Solid* const solid : solids) {
-        text.Words("solid model\n");
+        kr::WriteWords(text, "solid model\n");
         VisitFacets(*solid,
                     [&](const Point& a, const Point& b, const Point& c) { WriteFacetText(text, a, b, c); });
-        text.Words("endsolid model\n");
+        kr::WriteWords(text, "endsolid model\n");
     }
     return true;
 }
