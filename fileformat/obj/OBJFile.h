@@ -99,7 +99,8 @@ public:
     /// @param withNormals   write the unit normal of each face, (0, 0, 0) for one without area
     /// @return false when the file cannot be opened for writing. Write errors are not reported
     /// @throws std::out_of_range for an index outside its list or a face count beyond the face list; the file
-    ///         then holds what comes before it
+    ///         then holds the lines that come before it. std::bad_alloc when memory runs out: a save takes 4
+    ///         bytes for each vertex and each texture coordinate of the meshes
     [[nodiscard]] static bool SaveFile(const QString& fileName, const std::vector<const Mesh*>& meshes,
                                        const std::vector<bool>& textureFlags, bool withNormals);
     [[nodiscard]] static bool SaveFile(const QString& fileName, const Mesh& mesh, bool textured,
