@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <QProcess>
-#include <QTemporaryDir>
-
-#include <clocale>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <string>
+
+#include "tests/common/GermanLocale.h"
 
 namespace {
 
@@ -179,20 +177,10 @@ TEST(UtilityNumber, ReadsEveryShortByteStringAsQtDoes)
 
 TEST(UtilityNumber, ReadsAPointUnderAnyCLocale)
 {
-    // A locale of our own making, since a machine need not have any but C.
-    QTemporaryDir directory;
-    ASSERT_TRUE(directory.isValid());
-    const QString target = directory.filePath(QStringLiteral("de_DE.UTF-8"));
-    QProcess::execute(QStringLiteral("localedef"), {QStringLiteral("-i"), QStringLiteral("de_DE"),
-                                                    QStringLiteral("-f"), QStringLiteral("UTF-8"), target});
-    qputenv("LOCPATH", directory.path().toUtf8());
-    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
-    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
+    const test::GermanLocale locale;
     EXPECT_EQ(Utility::ConvertBufferToDouble("1.5"), 1.5);
     EXPECT_EQ(Utility::ConvertBufferToDouble("1,5"), 0.0);
     EXPECT_EQ(Utility::ConvertStringToDoubleValue(QStringLiteral("1.5")), 1.5);
-    std::setlocale(LC_ALL, "C");
-    qunsetenv("LOCPATH");
 }
 
 TEST(UtilityNumber, ReadsIntegers)
