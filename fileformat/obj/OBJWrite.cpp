@@ -76,10 +76,10 @@ struct Part {
     }
 };
 
+// A negative count is that of no list.
 bool HasTextureFaceForEachFace(const Mesh& mesh)
 {
-    return mesh.GetFaceNum() > 0 &&
-           mesh.GetTextureFacesVecPtr()->size() == static_cast<std::size_t>(mesh.GetFaceNum());
+    return mesh.GetTextureFacesVecPtr()->size() == static_cast<std::size_t>(mesh.GetFaceNum());
 }
 
 std::vector<Part> PartsOf(const std::vector<const Mesh*>& meshes, const std::vector<bool>& textureFlags)
