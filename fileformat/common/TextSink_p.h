@@ -32,7 +32,15 @@ public:
         std::memcpy(m_position, words.data(), words.size());
         m_position += words.size();
     }
-    void Number(float value) { m_position = FormatFixed6(m_position, value); }
+    /// The numbers with blanks between them.
+    template<class... Floats>
+    void Numbers(float first, Floats... others)
+    {
+        // A copy: what is stored into the block could be m_position itself, as far as the compiler knows.
+        char* position = FormatFixed6(m_position, first);
+        ((*position = ' ', position = FormatFixed6(position + 1, others)), ...);
+        m_position = position;
+    }
     void Integer(std::uint64_t value) { m_position = FormatInteger(m_position, value); }
 
 private:
@@ -60,7 +68,12 @@ public:
     {
         m_stream << QLatin1String(words.data(), static_cast<int>(words.size()));
     }
-    void Number(float value) { m_stream << value; }
+    template<class... Floats>
+    void Numbers(float first, Floats... others)
+    {
+        m_stream << first;
+        ((m_stream << ' ' << others), ...);
+    }
     void Integer(std::uint64_t value)
     {
         char digits[kIntegerCapacity];
@@ -76,11 +89,7 @@ private:
 template<class Line>
 void EndWithPoint(Line& line, const Vector3D<float>& point)
 {
-    line.Number(point.x);
-    line.Words(" ");
-    line.Number(point.y);
-    line.Words(" ");
-    line.Number(point.z);
+    line.Numbers(point.x, point.y, point.z);
     line.Words("\n");
 }
 

@@ -104,9 +104,7 @@ template<class Line>
 void PutEntry(Line& line, const TexCoord& coordinate)
 {
     line.Words("vt ");
-    line.Number(coordinate.x);
-    line.Words(" ");
-    line.Number(coordinate.y);
+    line.Numbers(coordinate.x, coordinate.y);
     line.Words("\n");
 }
 
