@@ -1,7 +1,5 @@
 #include "benchmarks/STLBenchmarkData.h"
 
-#include <QDir>
-
 // Whole loads and saves of a million facets, each beside its baseline: reading or writing the same bytes.
 // Saves go to /dev/shm where there is one, so that no disk is measured.
 
@@ -20,42 +18,19 @@ void Load(benchmark::State& state, const QString& path)
     bench::CountFacets(state, Sample::Get().mesh.GetFaceNum());
 }
 
-QString OutputDirectory()
-{
-    const QString memory = QStringLiteral("/dev/shm");
-    return QDir(memory).exists() ? memory : QDir::tempPath();
-}
-
 void Save(benchmark::State& state, bool ascii)
 {
-    const QTemporaryDir directory(OutputDirectory() + QStringLiteral("/krcore-XXXXXX"));
-    const QString path = directory.filePath(QStringLiteral("out.stl"));
+    const bench::OutputDirectory directory;
     for (auto _ : state) {
-        if (!STLFile::SaveFile(path, Sample::Get().mesh, ascii, 80))
+        if (!STLFile::SaveFile(directory.File(), Sample::Get().mesh, ascii, 80))
             return state.SkipWithError("cannot save");
-    }
-    bench::CountFacets(state, Sample::Get().mesh.GetFaceNum());
-}
-
-void WriteBytes(benchmark::State& state, const QString& source)
-{
-    QFile input(source);
-    if (!input.open(QIODevice::ReadOnly))
-        return state.SkipWithError("cannot read");
-    const QByteArray bytes = input.readAll();
-    const QTemporaryDir directory(OutputDirectory() + QStringLiteral("/krcore-XXXXXX"));
-    for (auto _ : state) {
-        QFile file(directory.filePath(QStringLiteral("out.stl")));
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-            return state.SkipWithError("cannot write");
-        file.write(bytes);
     }
     bench::CountFacets(state, Sample::Get().mesh.GetFaceNum());
 }
 
 void ReadBytesOfBinary(benchmark::State& state)
 {
-    bench::ReadBytes(state, Sample::Get().binary);
+    bench::ReadBytes(state, Sample::Get().binary, Sample::Get().mesh.GetFaceNum());
 }
 void LoadBinary(benchmark::State& state)
 {
@@ -63,7 +38,7 @@ void LoadBinary(benchmark::State& state)
 }
 void ReadBytesOfText(benchmark::State& state)
 {
-    bench::ReadBytes(state, Sample::Get().text);
+    bench::ReadBytes(state, Sample::Get().text, Sample::Get().mesh.GetFaceNum());
 }
 void LoadText(benchmark::State& state)
 {
@@ -71,7 +46,7 @@ void LoadText(benchmark::State& state)
 }
 void WriteBytesOfBinary(benchmark::State& state)
 {
-    WriteBytes(state, Sample::Get().binary);
+    bench::WriteBytes(state, Sample::Get().binary, Sample::Get().mesh.GetFaceNum());
 }
 void SaveBinary(benchmark::State& state)
 {
@@ -79,7 +54,7 @@ void SaveBinary(benchmark::State& state)
 }
 void WriteBytesOfText(benchmark::State& state)
 {
-    WriteBytes(state, Sample::Get().text);
+    bench::WriteBytes(state, Sample::Get().text, Sample::Get().mesh.GetFaceNum());
 }
 void SaveText(benchmark::State& state)
 {

@@ -39,11 +39,11 @@ void ParseBinary(benchmark::State& state)
 
 void ReadBytesOfText(benchmark::State& state)
 {
-    bench::ReadBytes(state, Sample::Get().text);
+    bench::ReadBytes(state, Sample::Get().text, Sample::Get().mesh.GetFaceNum());
 }
 void ReadBytesOfBinary(benchmark::State& state)
 {
-    bench::ReadBytes(state, Sample::Get().binary);
+    bench::ReadBytes(state, Sample::Get().binary, Sample::Get().mesh.GetFaceNum());
 }
 
 void ParseDecimal(benchmark::State& state)
