@@ -57,12 +57,10 @@ QImage Shrunk(const QImage& image, int longestSide)
     return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-// Only regular files: reading from a pipe or a device might never end.
-QString ExistingFile(const QStringList& paths)
+// Reading from a pipe or a device might never end.
+bool IsRegularFile(const QString& path)
 {
-    const auto found = std::find_if(paths.begin(), paths.end(),
-                                    [](const QString& path) { return QFileInfo(path).isFile(); });
-    return found == paths.end() ? QString() : *found;
+    return QFileInfo(path).isFile();
 }
 
 QByteArray PixelsOf(const QImage& image, bool bottomRowFirst)
@@ -83,14 +81,18 @@ QByteArray PixelsOf(const QImage& image, bool bottomRowFirst)
 bool MeshTextureInfo::load(const QStringList& tokens, const QString& directory, int longestSide)
 {
     clear();
+    fileName = FindFile(tokens, directory);
+    return IsRegularFile(fileName) &&
+           load(ReadPicture(fileName, longestSide), false, false, false, longestSide);
+}
+
+QString MeshTextureInfo::FindFile(const QStringList& tokens, const QString& directory)
+{
     QStringList paths;
     for (const QString& name : kr::FileNamesOfMapStatement(tokens))
         paths += kr::PathsOfMapFile(name, directory);
-    if (paths.isEmpty())
-        return false;
-    const QString found = ExistingFile(paths);
-    fileName = found.isEmpty() ? paths.front() : found;
-    return !found.isEmpty() && load(ReadPicture(found, longestSide), false, false, false, longestSide);
+    const auto found = std::find_if(paths.begin(), paths.end(), IsRegularFile);
+    return found == paths.end() ? paths.value(0) : *found;
 }
 
 bool MeshTextureInfo::load(const QImage& image, bool mirrorHorizontally, bool mirrorVertically,

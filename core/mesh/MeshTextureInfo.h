@@ -39,6 +39,10 @@ struct KRCORE_MESH_EXPORT MeshTextureInfo {
     ///     then empty, and fileName is the path of the file found, or of the first place looked at
     bool load(const QStringList& tokens, const QString& directory, int longestSide);
 
+    /// The picture that such a statement names, as load() finds it: the path of an existing regular file.
+    /// Where there is none, the first place looked at; empty when the statement has no file name.
+    static QString FindFile(const QStringList& tokens, const QString& directory);
+
     /// Takes over @p image, transparent parts laid on white. fileName stays as it is.
     /// @param mirrorHorizontally  exchange left and right
     /// @param mirrorVertically  exchange top and bottom: the rows then run from the image's top

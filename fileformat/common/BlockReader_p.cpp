@@ -22,7 +22,7 @@ BlockReader::BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t block
     : m_device(device),
       m_lineEnds(lineEnds),
       m_blockSize(blockSize),
-      m_block(new char[blockSize]),
+      m_block(new char[blockSize + kReadableBehind]()),
       m_position(m_block.get()),
       m_limit(m_block.get())
 {}

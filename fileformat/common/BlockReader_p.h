@@ -23,6 +23,8 @@ enum class LineEnds {
 class BlockReader {
 public:
     static constexpr std::size_t kUsualBlockSize = std::size_t(128) * 1024;
+    /// Behind what Buffered() lends as many bytes can be read; they mean nothing.
+    static constexpr std::size_t kReadableBehind = 16;
 
     BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t blockSize = kUsualBlockSize);
 

@@ -1,5 +1,7 @@
 #include "core/common/DecimalText_p.h"
+#include "core/common/ShortNumberText_p.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -49,6 +51,12 @@ bool AreSame(double a, double b)
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << '"' << text << "\" reads as " << parsed.value << ' '
                                          << parsed.isNumber << ", expected " << expected << ' ' << qtAccepts;
+}
+
+// Followed by what the scans of short numbers may read beyond one.
+std::string Padded(const std::string& text)
+{
+    return text + std::string(kr::kReadBehindShortNumber, '7');
 }
 
 std::string Formatted(float value)
@@ -262,6 +270,82 @@ TEST(DecimalText, ScanLeavesUnusualTextAndTheValueAlone)
         EXPECT_EQ(kr::ScanUsualDecimal(text.data(), text.data() + text.size(), value), nullptr) << text;
         EXPECT_EQ(value, 3) << text;
     }
+}
+
+TEST(DecimalText, ScansShortDecimalsOfEveryLengthUpToWhatFollows)
+{
+    const std::string digits = "9876543";
+    for (std::size_t whole = 0; whole <= digits.size(); ++whole) {
+        for (std::size_t fraction = whole == 0; fraction <= digits.size(); ++fraction) {
+            for (const char* const sign : {"", "-", "+"}) {
+                const std::string number = sign + digits.substr(0, whole) + '.' + digits.substr(0, fraction);
+                const std::string text = Padded(number + ' ');
+                double value = 77;
+                EXPECT_EQ(kr::ScanShortDecimal(text.data(), value), text.data() + number.size()) << number;
+                EXPECT_TRUE(AreSame(value, Parse(number).value)) << number;
+            }
+        }
+    }
+}
+
+TEST(DecimalText, ScansShortIntegersOfOneToNineDigits)
+{
+    const std::string digits = "123456789";
+    for (std::size_t count = 1; count <= digits.size(); ++count) {
+        const std::string text = Padded(digits.substr(0, count) + '/');
+        int value = 77;
+        EXPECT_EQ(kr::ScanShortInteger(text.data(), value), text.data() + count);
+        EXPECT_EQ(value, std::stoi(digits.substr(0, count)));
+    }
+}
+
+TEST(DecimalText, ShortScansRefuseWhatIsLongerOrNoNumber)
+{
+    for (const char* const number : {"", " 1", "-", "+", ".", "-.", "--1", "e5", "nan", ":1", "12345678",
+                                     "0.12345678", "1;", "1.2:", "\x81", "1\xB2"}) {
+        const std::string text = Padded(std::string(number) + '\n');
+        double value = 77;
+        EXPECT_EQ(kr::ScanShortDecimal(text.data(), value), nullptr) << number;
+        EXPECT_EQ(value, 77);
+    }
+    for (const char* const number : {"", " 1", "-1", "+1", ":", "1234567890", "12:", "x"}) {
+        const std::string text = Padded(std::string(number) + '\n');
+        int value = 77;
+        EXPECT_EQ(kr::ScanShortInteger(text.data(), value), nullptr) << number;
+        EXPECT_EQ(value, 77);
+    }
+}
+
+TEST(DecimalText, ShortScansReadNothingButWholeNumbersOutOfRandomCharacters)
+{
+    constexpr std::string_view kCharacters = "0123456789012345678901234567890123456789..--+/e \n:?Pp\x10\xB1";
+    std::mt19937 random(7);
+    std::uniform_int_distribution<std::size_t> pick(0, kCharacters.size() - 1);
+    int decimals = 0;
+    int integers = 0;
+    for (int i = 0; i < 200'000; ++i) {
+        std::string text(kr::kReadBehindShortNumber + 2, ' ');
+        for (char& character : text)
+            character = kCharacters[pick(random)];
+        double decimal = 0;
+        if (const char* const end = kr::ScanShortDecimal(text.data(), decimal)) {
+            const Parsed expected = Parse({text.data(), static_cast<std::size_t>(end - text.data())});
+            ASSERT_TRUE(expected.isNumber && AreSame(decimal, expected.value) && !kr::IsDecimalDigit(*end))
+                << text;
+            ++decimals;
+        }
+        int integer = 0;
+        if (const char* const end = kr::ScanShortInteger(text.data(), integer)) {
+            const std::string number(text.data(), static_cast<std::size_t>(end - text.data()));
+            ASSERT_TRUE(std::to_string(integer) ==
+                            number.substr(std::min(number.find_first_not_of('0'), number.size() - 1)) &&
+                        !kr::IsDecimalDigit(*end))
+                << text;
+            ++integers;
+        }
+    }
+    EXPECT_GT(decimals, 10'000);
+    EXPECT_GT(integers, 10'000);
 }
 
 TEST(DecimalText, WritesSixDecimals)

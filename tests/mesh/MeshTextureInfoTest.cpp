@@ -337,6 +337,18 @@ TEST(MeshTextureInfo, SizeIsJudgedBeyondThirtyTwoBits)
     EXPECT_FALSE(info.isValidSize());
 }
 
+TEST_F(MeshTextureFile, FindsTheFileThatLoadingTakes)
+{
+    Save(QStringLiteral("2 oaks.png"), FourColors());
+    const auto find = [this](const char* statement) {
+        return MeshTextureInfo::FindFile(Statement(QLatin1String(statement)), Directory());
+    };
+    EXPECT_EQ(find("map_Kd -s 2 2 oaks.png"), Directory() + QStringLiteral("2 oaks.png"));
+    EXPECT_EQ(find("map_Kd far/elm.png"), Directory() + QStringLiteral("far/elm.png"))
+        << "where it was to be";
+    EXPECT_EQ(find("map_Kd"), QString());
+}
+
 TEST_F(MeshTextureFile, IsLoadedFromTheDirectory)
 {
     Save(QStringLiteral("four.png"), FourColors());
