@@ -47,46 +47,44 @@ float ToFloat(const QString& word)
 }
 
 struct NumberStatement {
-    QLatin1String keyword;
+    const char* keyword;
     float MeshMaterialInfo::*field;
 };
 
 constexpr NumberStatement kNumberStatements[] = {
-    {QLatin1String("Ns"), &MeshMaterialInfo::specularExponent},
-    {QLatin1String("Ni"), &MeshMaterialInfo::refractionIndex},
-    {QLatin1String("d"), &MeshMaterialInfo::opacity},
+    {"Ns", &MeshMaterialInfo::specularExponent},
+    {"Ni", &MeshMaterialInfo::refractionIndex},
+    {"d", &MeshMaterialInfo::opacity},
 };
 
 struct ColorStatement {
-    QLatin1String keyword;
+    const char* keyword;
     void (MeshMaterialInfo::*set)(Vector3D<float> color);
 };
 
 constexpr ColorStatement kColorStatements[] = {
-    {QLatin1String("Ka"), &MeshMaterialInfo::setAmbient},
-    {QLatin1String("Kd"), &MeshMaterialInfo::setDiffuse},
-    {QLatin1String("Ks"), &MeshMaterialInfo::setSpecular},
-    {QLatin1String("Ke"), &MeshMaterialInfo::setEmissive},
+    {"Ka", &MeshMaterialInfo::setAmbient},
+    {"Kd", &MeshMaterialInfo::setDiffuse},
+    {"Ks", &MeshMaterialInfo::setSpecular},
+    {"Ke", &MeshMaterialInfo::setEmissive},
 };
 
 struct MapStatement {
-    QLatin1String keyword;
+    const char* keyword;
     MeshTextureInfo MeshMaterialInfo::*texture;
 };
 
 constexpr MapStatement kMapStatements[] = {
-    {QLatin1String("map_Kd"), &MeshMaterialInfo::diffuseTexture},
-    {QLatin1String("map_Ke"), &MeshMaterialInfo::emissiveTexture},
-    {QLatin1String("map_d"), &MeshMaterialInfo::opacityTexture},
-    {QLatin1String("map_Bump"), &MeshMaterialInfo::bumpTexture},
-    {QLatin1String("bump"), &MeshMaterialInfo::bumpTexture},
+    {"map_Kd", &MeshMaterialInfo::diffuseTexture}, {"map_Ke", &MeshMaterialInfo::emissiveTexture},
+    {"map_d", &MeshMaterialInfo::opacityTexture},  {"map_Bump", &MeshMaterialInfo::bumpTexture},
+    {"bump", &MeshMaterialInfo::bumpTexture},
 };
 
 template<class Statement, std::size_t Count>
 const Statement* FindStatement(const Statement (&statements)[Count], const QString& keyword)
 {
     for (const Statement& statement : statements) {
-        if (keyword == statement.keyword)
+        if (keyword == QLatin1String(statement.keyword))
             return &statement;
     }
     return nullptr;
