@@ -9,9 +9,9 @@ namespace kr::package3mf {
 
 namespace {
 
-// No plain attribute needs more than the room in front of the end that this leaves; a document is so much
-// longer than its last elements that they may as well be read the other way.
-constexpr std::ptrdiff_t kRoomForAttribute = 256;
+// No tag and no plain attribute needs more than the room in front of the end that this leaves; a document is
+// so much longer than its last elements that they may as well be read the other way.
+constexpr std::ptrdiff_t kRoom = 256;
 constexpr std::ptrdiff_t kLongestNumber = 64;
 
 const char* Expect(const char* position, std::string_view text)
@@ -24,13 +24,19 @@ bool IsWhiteSpace(char character)
     return character == ' ' || character == '\n' || character == '\t' || character == '\r';
 }
 
-// From in front of the white space before an attribute to its value.
+// From in front of the white space before an attribute to its value; null where less than the room is left.
 const char* FindValue(const char* position, const char* end, std::string_view nameAndQuote)
 {
     if (!IsWhiteSpace(*position))
         return nullptr;
     position = SkipWhiteSpace(position);
-    return end - position < kRoomForAttribute ? nullptr : Expect(position, nameAndQuote);
+    return end - position < kRoom ? nullptr : Expect(position, nameAndQuote);
+}
+
+// Behind the name of a tag, from its '<'.
+const char* FindAttributes(const char* position, const char* end, std::string_view tag)
+{
+    return end - position < kRoom ? nullptr : Expect(position, tag);
 }
 
 const char* ReadNumber(const char* position, float& value)
@@ -67,9 +73,11 @@ const char* SkipProperties(const char* position, const char* end)
     return position;
 }
 
+// White space may reach up to the '<' at the end, but no further.
 const char* ReadEnd(const char* position)
 {
-    return Expect(SkipWhiteSpace(position), "/>");
+    position = SkipWhiteSpace(position);
+    return position[0] == '/' && position[1] == '>' ? position + 2 : nullptr;
 }
 
 } // namespace
@@ -87,7 +95,7 @@ const char* ReadPlainVertex(const char* position, const char* end, Vector3D<floa
         std::string_view name;
         float* value;
     } const attributes[] = {{"x=\"", &vertex.x}, {"y=\"", &vertex.y}, {"z=\"", &vertex.z}};
-    position = Expect(position, "<vertex");
+    position = FindAttributes(position, end, "<vertex");
     for (const auto& attribute : attributes) {
         position = position ? FindValue(position, end, attribute.name) : nullptr;
         position = position ? ReadNumber(position, *attribute.value) : nullptr;
@@ -98,7 +106,7 @@ const char* ReadPlainVertex(const char* position, const char* end, Vector3D<floa
 const char* ReadPlainTriangle(const char* position, const char* end, TriangleFace& face)
 {
     constexpr std::string_view kNames[] = {"v1=\"", "v2=\"", "v3=\""};
-    position = Expect(position, "<triangle");
+    position = FindAttributes(position, end, "<triangle");
     for (int i = 0; i < 3; ++i) {
         position = position ? FindValue(position, end, kNames[i]) : nullptr;
         position = position ? ReadIndex(position, face[i]) : nullptr;

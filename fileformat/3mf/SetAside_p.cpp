@@ -19,37 +19,45 @@ constexpr char kTarget[] = "kr-set-aside";
 // Shorter rows are not worth an instruction.
 constexpr std::size_t kShortestRow = 16;
 
+// Whether an XML declaration leaves no doubt that the document is in UTF-8. The XML reader follows each of
+// several encodings in turn.
+bool DeclaresUtf8(std::string_view declaration)
+{
+    constexpr std::string_view kEncoding = "encoding";
+    constexpr std::string_view kQuotes = "'\"";
+    const std::size_t name = declaration.find(kEncoding);
+    if (name == std::string_view::npos)
+        return true;
+    const std::size_t open = declaration.find_first_of(kQuotes, name);
+    const std::size_t close = declaration.find_first_of(kQuotes, open + 1);
+    return close != std::string_view::npos && declaration.find(kEncoding, close) == std::string_view::npos &&
+           EqualsIgnoringCase(declaration.substr(open + 1, close - open - 1), "utf-8");
+}
+
 // Behind the XML declaration and the byte-order mark in front of it, or null if the document may be in
 // another encoding than UTF-8.
 const char* SkipDeclaration(std::string_view document)
 {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     constexpr std::string_view kDeclaration = "<?xml ";
-    const std::size_t begin = document.substr(0, 3) == kByteOrderMark ? kByteOrderMark.size() : 0;
-    document.remove_prefix(begin);
+    if (document.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        document.remove_prefix(kByteOrderMark.size());
     // A NUL in second place tells an encoding of more bytes a character.
     if (document.size() < 2 || document[0] != '<' || document[1] == '\0')
         return nullptr;
     if (document.substr(0, kDeclaration.size()) != kDeclaration)
         return document.data();
     const std::size_t size = document.find("?>");
-    if (size == std::string_view::npos)
+    if (size == std::string_view::npos || !DeclaresUtf8(document.substr(0, size)))
         return nullptr;
-    const std::string_view declaration = document.substr(0, size);
-    const std::size_t name = declaration.find("encoding");
-    const std::size_t open = declaration.find_first_of("'\"", name);
-    const std::size_t close = declaration.find_first_of("'\"", open + 1);
-    const bool isUtf8 = name == std::string_view::npos ||
-                        (close != std::string_view::npos &&
-                         EqualsIgnoringCase(declaration.substr(open + 1, close - open - 1), "utf-8"));
-    return isUtf8 ? document.data() + size + 2 : nullptr;
+    return document.data() + size + 2;
 }
 
 // About where the row that begins at @p begin ends: looks in steps whether there still are elements of its
 // kind.
 const char* GuessEnd(const char* begin, const char* end, std::string_view tag)
 {
-    constexpr std::ptrdiff_t kStep = 32 * 1024;
+    constexpr std::ptrdiff_t kStep = 32'768;
     constexpr std::size_t kLongestElement = 512;
     for (; end - begin > kStep; begin += kStep) {
         const std::string_view window(begin, kLongestElement);
@@ -76,7 +84,7 @@ struct Extent {
     const char* end = nullptr;
 };
 
-// Reads the elements of one kind from @p begin on.
+// Reads the elements of one kind from @p begin on; @p end is the document's last '<'.
 template<class Element>
 Extent ReadRow(const char* begin, const char* end, std::string_view tag,
                const char* (*read)(const char*, const char*, Element&), std::vector<Element>& row)
@@ -107,7 +115,11 @@ bool StartsWith(const char* position, const char* end, std::string_view text)
 class SetAsideElements::Splitter {
 public:
     Splitter(const QByteArray& document, std::vector<ElementRow>& rows)
-        : m_begin(document.constData()), m_end(m_begin + document.size()), m_taken(m_begin), m_rows(rows)
+        : m_begin(document.constData()),
+          m_end(m_begin + document.size()),
+          m_lastTag(m_begin + std::max(document.lastIndexOf('<'), 0)),
+          m_taken(m_begin),
+          m_rows(rows)
     {}
 
     // False when the document has to stay as it is.
@@ -132,6 +144,7 @@ private:
 
     const char* m_begin;
     const char* m_end;
+    const char* m_lastTag;
     const char* m_taken;
     std::vector<ElementRow>& m_rows;
     QByteArray m_remainder;
@@ -175,7 +188,7 @@ const char* SetAsideElements::Splitter::SetAside(const char* position, std::stri
                                                  std::vector<Element> ElementRow::*elements)
 {
     ElementRow row;
-    const Extent extent = ReadRow(position, m_end, tag, read, row.*elements);
+    const Extent extent = ReadRow(position, m_lastTag, tag, read, row.*elements);
     if ((row.*elements).size() >= kShortestRow) {
         Keep(extent.behindStaying);
         m_remainder.append("<?").append(kTarget).append(' ');
