@@ -24,7 +24,7 @@ Eigen::Vector3d Placed(const Matrix4<double>& transform, const Vector3D<float>& 
 template<class Visit>
 void ForEachPlacedVertex(const Model& model, Visit visit)
 {
-    for (const auto& mesh : model) {
+    for (const auto& mesh : model.meshes) {
         const Matrix4<double> transform = mesh->GetTransformMatrix();
         for (const Vector3D<float>& vertex : *mesh->GetVerticesVecPtr())
             visit(Placed(transform, vertex));
@@ -69,7 +69,7 @@ void AddFaces(const Model& model, Scene& scene)
 {
     const TriangleFace none(-1, -1, -1);
     int firstPoint = 0;
-    for (const auto& mesh : model) {
+    for (const auto& mesh : model.meshes) {
         const int firstFace = int(scene.faces.size());
         for (const TriangleFace& face : *mesh->GetFacesVecPtr()) {
             const TriangleFace shifted = Shifted(face, firstPoint);

@@ -61,7 +61,7 @@ private:
 /// What stands behind a row's name, with single blanks between the cells.
 inline QString Cell(const ProgramRun& run, const char* name)
 {
-    const QRegularExpression row(QStringLiteral("^  %1  +(.*)$").arg(QLatin1String(name)),
+    const QRegularExpression row(QStringLiteral("^  %1  +(.*)$").arg(QString::fromUtf8(name)),
                                  QRegularExpression::MultilineOption);
     return row.match(run.output).captured(1).simplified();
 }

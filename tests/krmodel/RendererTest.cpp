@@ -29,7 +29,7 @@ void AddMesh(Model& model, const std::vector<Point>& vertices, const std::vector
     auto mesh = std::make_unique<Mesh>(0.03F);
     mesh->AddVertexAndFaces(vertices, faces);
     mesh->PostProcess(false, false, true, true, nullptr, nullptr);
-    model.push_back(std::move(mesh));
+    model.meshes.push_back(std::move(mesh));
 }
 
 Model Tetrahedron(float size)
@@ -152,9 +152,9 @@ TEST(Renderer, PlacesEachMeshByItsTransform)
     Matrix4<double> aside;
     aside.set(0, 3, 3.0);
     Model together = Square(true), apart = Square(true);
-    together.push_back(std::move(Square(true)[0]));
-    apart.push_back(std::move(Square(true)[0]));
-    apart[1]->SetTransformMatrix(aside);
+    together.meshes.push_back(std::move(Square(true).meshes[0]));
+    apart.meshes.push_back(std::move(Square(true).meshes[0]));
+    apart.meshes[1]->SetTransformMatrix(aside);
     EXPECT_NE(Middle(RenderModel(together, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
     EXPECT_EQ(Middle(RenderModel(apart, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
 }
@@ -169,7 +169,7 @@ TEST(Renderer, GivesTheSamePictureWhicheverThreadDrawsARow)
 TEST(Renderer, DrawsAMeshThatProvidesNoNeighbours)
 {
     Model light = Tetrahedron(1);
-    light[0]->PostProcess(false, false, false, false, nullptr, nullptr);
+    light.meshes[0]->PostProcess(false, false, false, false, nullptr, nullptr);
     EXPECT_GT(CountDrawnPixels(light, kViews[0]), 300);
 }
 
