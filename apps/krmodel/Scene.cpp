@@ -4,6 +4,8 @@
 
 #include <Eigen/Geometry>
 
+#include "apps/krmodel/Materials.h"
+
 namespace krmodel {
 
 namespace {
@@ -82,6 +84,21 @@ void AddFaces(const Model& model, Scene& scene)
     }
 }
 
+void AddPaints(const Model& model, Scene& scene)
+{
+    for (const int group : GroupOfEachFace(model))
+        scene.paintOfFace.push_back(group + 1);
+    if (scene.paintOfFace.empty())
+        return;
+    for (const MeshTextureGroup& group : model.groups)
+        scene.paints.emplace_back(group.material);
+    const Mesh& mesh = *model.meshes[0];
+    if (!HoldsTexture(mesh))
+        return;
+    scene.textureCoordinates = *mesh.GetTexCoordVecPtr();
+    scene.textureFaces = *mesh.GetTextureFacesVecPtr();
+}
+
 /// Moves the scene sideways until what the camera sees of it lies in the middle of the picture.
 void Centre(Scene& scene, const Camera& camera)
 {
@@ -119,6 +136,7 @@ Scene BuildScene(const Model& model, Camera& camera)
     Scene scene;
     AddPoints(model, BoundsOf(model), camera, scene);
     AddFaces(model, scene);
+    AddPaints(model, scene);
     Fit(scene, camera);
     return scene;
 }

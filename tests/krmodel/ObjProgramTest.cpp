@@ -28,6 +28,11 @@ protected:
         EXPECT_TRUE(OBJFile::LoadFile(Path(fileName), mesh, groups, true, 0));
         return mesh;
     }
+    void CopyBalloon() const
+    {
+        for (const char* name : {"balloon.obj", "balloon.mtl", "balloon.png"})
+            CopySample(name, name);
+    }
 };
 
 TEST_F(KrmodelObj, InfoPrintsTheSampleWithItsMaterials)
@@ -219,6 +224,29 @@ TEST_F(KrmodelObj, FindsALibraryOfAnAccentedNameAndAPictureOfOneWithBlanks)
     Write("Möbel.mtl", "newmtl Käse\nKd 1 0.9 0.1\nmap_Kd großes Loch.png\n");
     ASSERT_TRUE(QImage(8, 4, QImage::Format_RGB32).save(Path("großes Loch.png")));
     EXPECT_EQ(Cell(Run("info in.obj"), "Käse"), QString::fromUtf8("1 0 2 1 0.9 0.1 großes Loch.png 8 x 4"));
+}
+
+TEST_F(KrmodelObj, PreviewShowsColoursAndTextures)
+{
+    CopyBalloon();
+    EXPECT_EQ(Run("preview balloon.obj with.png --size 160x120").exitCode, Done);
+    EXPECT_TRUE(QFile::remove(Path("balloon.png")));
+    EXPECT_EQ(Run("preview balloon.obj without.png --size 160x120").exitCode, Done);
+    EXPECT_TRUE(QFile::remove(Path("balloon.mtl")));
+    EXPECT_EQ(Run("preview balloon.obj plain.png --size 160x120").exitCode, Done);
+    const auto countRed = [this](const char* name) {
+        const QImage image(Path(name));
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor colour = image.pixelColor(x, y);
+                count += colour.red() > colour.green() + 60 && colour.red() > colour.blue() + 60 ? 1 : 0;
+            }
+        return count;
+    };
+    EXPECT_GT(countRed("with.png"), 1000);
+    EXPECT_LT(countRed("without.png"), 300);
+    EXPECT_EQ(countRed("plain.png"), 0);
 }
 
 TEST_F(KrmodelObj, HelpNamesTheFormat)
