@@ -175,7 +175,7 @@ bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit, FirstMet& firs
         return true;
     }
     const bool hasParts = MarkPartedPositions(soup, isSplit);
-    const bool hasRepeats = (soup.links.hasLoops || soup.isReordered) && MarkRepeatedPositions(soup, isSplit);
+    const bool hasRepeats = soup.links.hasLoops && MarkRepeatedPositions(soup, isSplit);
     return FanCheck(soup, isSplit, firstMet).Run() || hasRepeats || hasParts;
 }
 
