@@ -250,3 +250,17 @@ TEST(OBJLine, ThatEndsAtANulIsMeasuredByItself)
 {
     EXPECT_EQ(VerticesIn(LongVertex(kLongestLine) + Bytes("\0") + LongVertex(kLongestLine)).size(), 2U);
 }
+
+// Whoever looked for the end of the block from each of these lines would take hours.
+TEST(OBJLine, MayEndAtANulVeryManyTimesInARow)
+{
+    const QByteArray nuls(16 << 20, '\0');
+    EXPECT_EQ(VerticesIn(nuls + "v 1 2 3" + nuls), (Points{{1, 2, 3}}));
+    EXPECT_TRUE(test::LoadMtl(nuls).empty());
+}
+
+TEST(OBJLine, MayBeShortVeryManyTimesBesideALongOne)
+{
+    const QByteArray block = QByteArray("x\n").repeated(32'768) + QByteArray(65'536, 'x');
+    EXPECT_EQ(VerticesIn(block.repeated(128) + "\nv 1 2 3"), (Points{{1, 2, 3}}));
+}

@@ -185,6 +185,25 @@ TEST(OBJOracle, LineEndsAcrossABlockBorderAreReadAsByThePlainReader)
     }
 }
 
+// Large enough for samples to be taken before it is read.
+TEST(OBJOracle, LargeFilesAreReadAsByThePlainReader)
+{
+    const Directory directory;
+    WriteLibraries(directory);
+    RandomObjText random(13);
+    QByteArray mixed;
+    while (mixed.size() < 5'000'000)
+        mixed += random.Obj();
+    const QByteArray vertices = QByteArray("v 1 2 3\r\n").repeated(250'000);
+    const QByteArray polygons = QByteArray("f 1/2/3 2//1 3/4 4\n").repeated(150'000);
+    const QByteArray returns(5'000'000, '\r');
+    const QByteArray oneWord = QByteArray(5'000'000, 'f');
+    for (const QByteArray& text :
+         {mixed, vertices + polygons, polygons + vertices, returns + vertices, oneWord + vertices,
+          vertices + "usemtl a\n" + polygons + "usemtl b\n" + polygons})
+        ASSERT_EQ(DifferenceOfObj(directory, text), "");
+}
+
 // A name longer than a block, so that a line begins in one block and ends in another but the next.
 TEST(OBJOracle, LinesLongerThanABlockAreReadAsByThePlainReader)
 {
