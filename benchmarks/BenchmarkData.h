@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cmath>
+#include <unordered_map>
 #include <vector>
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTextStream>
 
 #include <benchmark/benchmark.h>
 
@@ -38,6 +40,18 @@ inline Mesh Torus(int rings, int sides)
     }
     Mesh mesh(0.03f);
     mesh.AddVertexAndFaces(vertices, faces);
+    return mesh;
+}
+
+/// A torus with as many texture coordinates as vertices, numbered alike.
+inline Mesh TexturedTorus(int rings, int sides)
+{
+    Mesh mesh = Torus(rings, sides);
+    for (int i = 0; i < rings; ++i)
+        for (int j = 0; j < sides; ++j)
+            mesh.GetTexCoordVecPtr()->emplace_back(static_cast<float>(i) / static_cast<float>(rings),
+                                                   static_cast<float>(j) / static_cast<float>(sides));
+    *mesh.GetTextureFacesVecPtr() = *mesh.GetFacesVecPtr();
     return mesh;
 }
 
@@ -95,6 +109,28 @@ inline void WriteBytes(benchmark::State& state, const QString& source, int facet
             file.write(block.data(), std::min(left, kBlockSize));
     }
     CountFacets(state, facetCount);
+}
+
+/// The plain way to write vertices and faces of an OBJ file.
+inline void WriteOBJByTextStream(QIODevice& device, const Mesh& mesh)
+{
+    QTextStream stream(&device);
+    stream.setRealNumberNotation(QTextStream::FixedNotation);
+    std::unordered_map<int, std::size_t> numbers;
+    for (const TriangleFace& face : *mesh.GetFacesVecPtr()) {
+        for (const int index : face.v) {
+            if (!numbers.emplace(index, numbers.size() + 1).second)
+                continue;
+            const Vector3D<float>& p = mesh.GetVerticesVecPtr()->at(static_cast<std::size_t>(index));
+            stream << "v " << p.x << " " << p.y << " " << p.z << "\n";
+        }
+    }
+    for (const TriangleFace& face : *mesh.GetFacesVecPtr()) {
+        stream << "f";
+        for (const int index : face.v)
+            stream << " " << numbers[index];
+        stream << "\n";
+    }
 }
 
 } // namespace bench

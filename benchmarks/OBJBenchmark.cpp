@@ -1,8 +1,5 @@
-#include <unordered_map>
-
-#include <QTextStream>
-
 #include "benchmarks/BenchmarkData.h"
+#include "core/mesh/MeshTextureGroup.h"
 #include "fileformat/obj/OBJFile.h"
 
 // Whole loads and saves of a million facets with a texture coordinate for each vertex, beside their
@@ -10,20 +7,8 @@
 
 namespace {
 
-/// As many texture coordinates as vertices, numbered alike.
-Mesh TexturedTorus(int rings, int sides)
-{
-    Mesh mesh = bench::Torus(rings, sides);
-    for (int i = 0; i < rings; ++i)
-        for (int j = 0; j < sides; ++j)
-            mesh.GetTexCoordVecPtr()->emplace_back(static_cast<float>(i) / static_cast<float>(rings),
-                                                   static_cast<float>(j) / static_cast<float>(sides));
-    *mesh.GetTextureFacesVecPtr() = *mesh.GetFacesVecPtr();
-    return mesh;
-}
-
 struct Sample {
-    Mesh mesh = TexturedTorus(1000, 500);
+    Mesh mesh = bench::TexturedTorus(1000, 500);
     QTemporaryDir directory;
     QString plain = directory.filePath(QStringLiteral("plain.obj"));
     QString textured = directory.filePath(QStringLiteral("textured.obj"));
@@ -46,34 +31,37 @@ void CountFacets(benchmark::State& state)
     bench::CountFacets(state, Sample::Get().mesh.GetFaceNum());
 }
 
-void Save(benchmark::State& state, bool textured, bool withNormals)
+void Load(benchmark::State& state, const QString& path)
 {
-    const bench::OutputDirectory directory;
     for (auto _ : state) {
-        if (!OBJFile::SaveFile(directory.File(), Sample::Get().mesh, textured, withNormals))
+        Mesh mesh(0.03f);
+        std::vector<MeshTextureGroup> groups;
+        if (!OBJFile::LoadFile(path, mesh, groups, false, 0))
+            return state.SkipWithError("cannot load");
+        benchmark::DoNotOptimize(mesh.GetVolume());
+    }
+    CountFacets(state);
+}
+
+void SaveTo(const QString& path, benchmark::State& state, bool textured, bool withNormals)
+{
+    for (auto _ : state) {
+        if (!OBJFile::SaveFile(path, Sample::Get().mesh, textured, withNormals))
             return state.SkipWithError("cannot save");
     }
     CountFacets(state);
 }
 
-// The plain way to write vertices and faces.
-void WriteByTextStream(QTextStream& stream, const Mesh& mesh)
+void Save(benchmark::State& state, bool textured, bool withNormals)
 {
-    std::unordered_map<int, std::size_t> numbers;
-    for (const TriangleFace& face : *mesh.GetFacesVecPtr()) {
-        for (const int index : face.v) {
-            if (!numbers.emplace(index, numbers.size() + 1).second)
-                continue;
-            const Vector3D<float>& p = mesh.GetVerticesVecPtr()->at(static_cast<std::size_t>(index));
-            stream << "v " << p.x << " " << p.y << " " << p.z << "\n";
-        }
-    }
-    for (const TriangleFace& face : *mesh.GetFacesVecPtr()) {
-        stream << "f";
-        for (const int index : face.v)
-            stream << " " << numbers[index];
-        stream << "\n";
-    }
+    const bench::OutputDirectory directory;
+    SaveTo(directory.File(), state, textured, withNormals);
+}
+
+// Putting the text together, without what the system takes to store it.
+void Compose(benchmark::State& state, bool textured, bool withNormals)
+{
+    SaveTo(QStringLiteral("/dev/null"), state, textured, withNormals);
 }
 
 void SaveByTextStream(benchmark::State& state)
@@ -83,13 +71,27 @@ void SaveByTextStream(benchmark::State& state)
         QFile file(directory.File());
         if (!file.open(QIODevice::WriteOnly))
             return state.SkipWithError("cannot write");
-        QTextStream stream(&file);
-        stream.setRealNumberNotation(QTextStream::FixedNotation);
-        WriteByTextStream(stream, Sample::Get().mesh);
+        bench::WriteOBJByTextStream(file, Sample::Get().mesh);
     }
     CountFacets(state);
 }
 
+void ReadBytes(benchmark::State& state)
+{
+    bench::ReadBytes(state, Sample::Get().plain, Sample::Get().mesh.GetFaceNum());
+}
+void LoadVerticesAndFaces(benchmark::State& state)
+{
+    Load(state, Sample::Get().plain);
+}
+void ReadBytesWithTexture(benchmark::State& state)
+{
+    bench::ReadBytes(state, Sample::Get().textured, Sample::Get().mesh.GetFaceNum());
+}
+void LoadWithTexture(benchmark::State& state)
+{
+    Load(state, Sample::Get().textured);
+}
 void WriteBytes(benchmark::State& state)
 {
     bench::WriteBytes(state, Sample::Get().plain, Sample::Get().mesh.GetFaceNum());
@@ -110,14 +112,38 @@ void SaveWithBoth(benchmark::State& state)
 {
     Save(state, true, true);
 }
+void ComposeVerticesAndFaces(benchmark::State& state)
+{
+    Compose(state, false, false);
+}
+void ComposeWithTexture(benchmark::State& state)
+{
+    Compose(state, true, false);
+}
+void ComposeWithNormals(benchmark::State& state)
+{
+    Compose(state, false, true);
+}
+void ComposeWithBoth(benchmark::State& state)
+{
+    Compose(state, true, true);
+}
 
 } // namespace
 
+BENCHMARK(ReadBytes)->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadVerticesAndFaces)->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadBytesWithTexture)->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadWithTexture)->Unit(benchmark::kMillisecond);
 BENCHMARK(WriteBytes)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveVerticesAndFaces)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveWithTexture)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveWithNormals)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveWithBoth)->Unit(benchmark::kMillisecond);
+BENCHMARK(ComposeVerticesAndFaces)->Unit(benchmark::kMillisecond);
+BENCHMARK(ComposeWithTexture)->Unit(benchmark::kMillisecond);
+BENCHMARK(ComposeWithNormals)->Unit(benchmark::kMillisecond);
+BENCHMARK(ComposeWithBoth)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveByTextStream)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

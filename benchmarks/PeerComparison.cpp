@@ -1,4 +1,4 @@
-// Compares loading and saving of STL files with the peers that Debian packages, in one interleaved run:
+// Compares loading and saving of files with the peers that Debian packages, in one interleaved run:
 //
 //   PeerComparison [--rounds N] [--only WORDS] [DIRECTORY]
 //
@@ -7,14 +7,15 @@
 // find memory for it, the second time memory is at hand and the work itself shows. The inputs are made in
 // DIRECTORY, best a file system in memory, and removed again. Reported are medians over the rounds, in
 // processor time, and how many times longer the others take, each time.
-// Peers that are not installed are left out: ADMesh (libadmesh-dev) does the whole job, OpenCASCADE
-// (libocct-data-exchange-dev) joins exactly equal corners. "copy" is the baseline: the file's bytes read and
-// its corners copied into one array.
+// Peers that are not installed are left out. STL: ADMesh (libadmesh-dev) does the whole job, OpenCASCADE
+// (libocct-data-exchange-dev) joins exactly equal corners; "copy" is the baseline, the file's bytes read and
+// its corners copied into one array. OBJ: tinyobjloader (libtinyobjloader-dev), OpenCASCADE and VTK
+// (libvtk9-dev); "read bytes" and "text stream" are the baselines, blocks that nothing is done with and a
+// save without a number formatter of its own.
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <random>
 #include <string>
@@ -27,22 +28,17 @@
 #include <QTemporaryDir>
 
 #include <sched.h>
-#include <sys/resource.h>
-#include <time.h>
 
-#include "core/mesh/Mesh.h"
+#include "benchmarks/BenchmarkData.h"
+#include "benchmarks/Peers.h"
+#include "fileformat/obj/OBJFile.h"
 #include "fileformat/stl/STLFile.h"
-
-#ifdef HAVE_ADMESH
-#include <admesh/stl.h>
-#endif
-#ifdef HAVE_OCCT
-#include <Poly_Triangulation.hxx>
-#include <RWStl.hxx>
-#endif
 
 namespace {
 
+using peers::Entry;
+using peers::Job;
+using peers::Outcome;
 using Point = Vector3D<float>;
 
 // ---- inputs
@@ -85,34 +81,31 @@ struct Input {
     int rings;
     int sides;
     void (*change)(std::vector<Point>&);
-    bool isText;
+    Job load;
 };
 
 constexpr Input kInputs[] = {
-    {"in order 1M", 1000, 500, nullptr, false},
-    {"in order 4M", 2000, 1000, nullptr, false},
-    {"shuffled 1M", 1000, 500, ShuffleFacets, false},
-    {"shuffled 4M", 2000, 1000, ShuffleFacets, false},
-    {"jittered 1M", 1000, 500, JitterCorners, false},
-    {"jittered 4M", 2000, 1000, JitterCorners, false},
-    {"text 1M", 1000, 500, nullptr, true},
+    {"in order 1M", 1000, 500, nullptr, Job::LoadBinarySTL},
+    {"in order 4M", 2000, 1000, nullptr, Job::LoadBinarySTL},
+    {"shuffled 1M", 1000, 500, ShuffleFacets, Job::LoadBinarySTL},
+    {"shuffled 4M", 2000, 1000, ShuffleFacets, Job::LoadBinarySTL},
+    {"jittered 1M", 1000, 500, JitterCorners, Job::LoadBinarySTL},
+    {"jittered 4M", 2000, 1000, JitterCorners, Job::LoadBinarySTL},
+    {"text 1M", 1000, 500, nullptr, Job::LoadTextSTL},
+    {"OBJ 1M", 1000, 500, nullptr, Job::LoadOBJ},
 };
 
 bool MakeInput(const Input& input, const QString& path)
 {
+    if (input.load == Job::LoadOBJ)
+        return OBJFile::SaveFile(path, bench::TexturedTorus(input.rings, input.sides), true, false);
     std::vector<Point> corners = TorusCorners(input.rings, input.sides);
     if (input.change)
         input.change(corners);
-    return STLFile::SaveFile(path, corners, input.isText, 80);
+    return STLFile::SaveFile(path, corners, input.load == Job::LoadTextSTL, 80);
 }
 
-// ---- one run
-
-struct Outcome {
-    double seconds = 0;
-    double peakBytes = 0; // beyond what the process held before
-    long vertices = 0;
-};
+// ---- jobs
 
 /// The two runs of one process.
 struct Result {
@@ -122,172 +115,51 @@ struct Result {
     long vertices = 0;
 };
 
-double CpuSeconds()
+std::vector<Entry> AllEntries()
 {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
+    std::vector<Entry> entries = peers::STLEntries();
+    const std::vector<Entry> more = peers::OBJEntries();
+    entries.insert(entries.end(), more.begin(), more.end());
+    return entries;
 }
-
-double PeakBytes()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_maxrss) * 1024;
-}
-
-template<class Work>
-Outcome Measure(Work work)
-{
-    Outcome outcome;
-    const double peakBefore = PeakBytes(), before = CpuSeconds();
-    outcome.vertices = work();
-    outcome.seconds = CpuSeconds() - before;
-    outcome.peakBytes = PeakBytes() - peakBefore;
-    return outcome;
-}
-
-Outcome LoadHere(const QString& path)
-{
-    return Measure([&] {
-        Mesh mesh(0.03f);
-        return STLFile::LoadFile(path, mesh, false, 80, false) ? long(mesh.GetVertexNum()) : -1;
-    });
-}
-
-Outcome SaveHere(const QString& path, bool ascii)
-{
-    Mesh mesh(0.03f);
-    if (!STLFile::LoadFile(path, mesh, true, 80, false))
-        return {};
-    return Measure(
-        [&] { return STLFile::SaveFile(path + QStringLiteral(".out"), mesh, ascii, 80) ? 1L : -1; });
-}
-
-Outcome CopyCorners(const QString& path)
-{
-    return Measure([&] {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || !file.seek(84))
-            return -1L;
-        std::vector<Point> corners;
-        corners.reserve(std::size_t(file.size()) / 50 * 3);
-        std::vector<char> block(std::size_t(50) * 2048);
-        for (qint64 size; (size = file.read(block.data(), qint64(block.size()))) > 0;)
-            for (qint64 at = 0; at + 50 <= size; at += 50) {
-                Point facet[3];
-                std::memcpy(facet, &block[std::size_t(at) + 12], sizeof facet);
-                corners.insert(corners.end(), facet, facet + 3);
-            }
-        return long(corners.size());
-    });
-}
-
-#ifdef HAVE_ADMESH
-Outcome LoadWithADMesh(const QString& path)
-{
-    QByteArray name = QFile::encodeName(path);
-    return Measure([&] {
-        stl_file stl;
-        stl_open(&stl, name.data());
-        stl_check_facets_exact(&stl);
-        float tolerance = stl.stats.shortest_edge;
-        for (int i = 0; i < 2 && stl.stats.connected_facets_3_edge < stl.stats.number_of_facets; ++i) {
-            stl_check_facets_nearby(&stl, tolerance);
-            tolerance += stl.stats.bounding_diameter / 10000;
-        }
-        stl_fix_normal_directions(&stl);
-        stl_fix_normal_values(&stl);
-        stl_calculate_volume(&stl);
-        stl_generate_shared_vertices(&stl);
-        const long vertices = stl.stats.shared_vertices;
-        stl_close(&stl);
-        return vertices;
-    });
-}
-#endif
-
-#ifdef HAVE_OCCT
-Outcome LoadWithOpenCASCADE(const QString& path)
-{
-    const QByteArray name = QFile::encodeName(path);
-    return Measure([&] {
-        const Handle(Poly_Triangulation) mesh = RWStl::ReadFile(name.constData());
-        return mesh.IsNull() ? -1L : long(mesh->NbNodes());
-    });
-}
-
-Outcome SaveWithOpenCASCADE(const QString& path, bool ascii)
-{
-    const Handle(Poly_Triangulation) mesh = RWStl::ReadFile(QFile::encodeName(path).constData());
-    const OSD_Path out(QFile::encodeName(path + QStringLiteral(".out")).constData());
-    return Measure(
-        [&] { return (ascii ? RWStl::WriteAscii(mesh, out) : RWStl::WriteBinary(mesh, out)) ? 1L : -1L; });
-}
-#endif
-
-// ---- jobs
-
-enum class Job { Load, SaveBinary, SaveText };
-
-constexpr const char* kJobNames[] = {"load", "save binary", "save text"};
-
-struct Engine {
-    const char* name;
-    Outcome (*load)(const QString& path);
-    Outcome (*save)(const QString& path, bool ascii);
-};
-
-constexpr Engine kEngines[] = {
-    {"this library", LoadHere, SaveHere},
-    {"copy", CopyCorners, nullptr},
-#ifdef HAVE_ADMESH
-    {"ADMesh", LoadWithADMesh, nullptr},
-#endif
-#ifdef HAVE_OCCT
-    {"OpenCASCADE", LoadWithOpenCASCADE, SaveWithOpenCASCADE},
-#endif
-};
 
 struct Task {
-    Job job;
     std::size_t input;
-    std::size_t engine;
+    std::size_t entry; // of AllEntries()
 };
+
+std::string TitleOf(const Task& task)
+{
+    static const std::map<Job, std::string> kNames = {
+        {Job::SaveBinarySTL, "save binary"}, {Job::SaveTextSTL, "save text"}, {Job::SaveOBJ, "save OBJ"}};
+    const auto found = kNames.find(AllEntries()[task.entry].job);
+    return (found == kNames.end() ? "load" : found->second) + ", " + kInputs[task.input].name;
+}
+
+void AddTasks(std::vector<Task>& tasks, Job job, std::size_t input)
+{
+    const std::vector<Entry> entries = AllEntries();
+    for (std::size_t entry = 0; entry < entries.size(); ++entry)
+        if (entries[entry].job == job)
+            tasks.push_back({input, entry});
+}
 
 std::vector<Task> AllTasks()
 {
     std::vector<Task> tasks;
     for (std::size_t input = 0; input < std::size(kInputs); ++input)
-        for (std::size_t engine = 0; engine < std::size(kEngines); ++engine) {
-            const bool isBaseline = kEngines[engine].load == CopyCorners;
-            if (!(isBaseline && kInputs[input].isText))
-                tasks.push_back({Job::Load, input, engine});
-        }
-    for (const Job job : {Job::SaveBinary, Job::SaveText})
-        for (std::size_t engine = 0; engine < std::size(kEngines); ++engine)
-            if (kEngines[engine].save)
-                tasks.push_back({job, 0, engine});
+        AddTasks(tasks, kInputs[input].load, input);
+    for (const Job job : {Job::SaveBinarySTL, Job::SaveTextSTL, Job::SaveOBJ})
+        AddTasks(tasks, job, 0);
     return tasks;
 }
 
-std::string TitleOf(const Task& task)
-{
-    return std::string(kJobNames[int(task.job)]) + ", " + kInputs[task.input].name;
-}
-
-Outcome RunEngine(const Engine& engine, Job job, const QString& path)
-{
-    return job == Job::Load ? engine.load(path) : engine.save(path, job == Job::SaveText);
-}
-
 // The child's part: one task, twice, and one line of numbers.
-int RunTask(const QStringList& arguments)
+int RunTask(const QString& entryNumber, const QString& path)
 {
-    const Engine& engine = kEngines[arguments[3].toInt()];
-    const Job job = Job(arguments[2].toInt());
-    const Outcome first = RunEngine(engine, job, arguments[4]);
-    const Outcome again = RunEngine(engine, job, arguments[4]);
+    const Entry entry = AllEntries().at(entryNumber.toUInt());
+    const Outcome first = entry.run(path);
+    const Outcome again = entry.run(path);
     std::printf("%.9f %.9f %.0f %ld\n", first.seconds, again.seconds, first.peakBytes, again.vertices);
     return again.vertices > 0 ? 0 : 1;
 }
@@ -296,9 +168,8 @@ bool StartTask(const Task& task, const QString& path, Result& result)
 {
     QProcess child;
     child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    child.start(
-        QCoreApplication::applicationFilePath(),
-        {QStringLiteral("--task"), QString::number(int(task.job)), QString::number(task.engine), path});
+    child.start(QCoreApplication::applicationFilePath(),
+                {QStringLiteral("--task"), QString::number(task.entry), path});
     if (!child.waitForFinished(-1) || child.exitCode() != 0)
         return false;
     // Peers chat on standard output; the numbers are the last line.
@@ -321,18 +192,19 @@ void Report(const std::vector<Task>& tasks, const std::vector<std::vector<Result
 {
     std::printf("%-24s %-13s %9s %9s %9s %9s %13s %9s\n", "nanoseconds a facet", "engine", "first", "x ours",
                 "again", "x ours", "peak B/facet", "vertices");
+    const std::vector<Entry> entries = AllEntries();
     double oursFirst = NAN, oursAgain = NAN;
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         const Input& input = kInputs[tasks[i].input];
         const double facets = 2.0 * input.rings * input.sides;
         const double first = 1e9 * Median(results[i], &Result::firstSeconds) / facets;
         const double again = 1e9 * Median(results[i], &Result::againSeconds) / facets;
-        if (tasks[i].engine == 0) {
+        if (i == 0 || TitleOf(tasks[i]) != TitleOf(tasks[i - 1])) {
             oursFirst = first;
             oursAgain = again;
         }
         std::printf("%-24s %-13s %9.1f %9.2f %9.1f %9.2f %13.1f %9.0f\n", TitleOf(tasks[i]).c_str(),
-                    kEngines[tasks[i].engine].name, first, first / oursFirst, again, again / oursAgain,
+                    entries[tasks[i].entry].engine, first, first / oursFirst, again, again / oursAgain,
                     Median(results[i], &Result::peakBytes) / facets, Median(results[i], &Result::vertices));
     }
 }
@@ -342,7 +214,7 @@ void PinToLastCore()
     cpu_set_t cores;
     if (sched_getaffinity(0, sizeof cores, &cores) != 0)
         return;
-    int last = CPU_SETSIZE - 1;
+    std::size_t last = CPU_SETSIZE - 1;
     while (last > 0 && !CPU_ISSET(last, &cores))
         --last;
     CPU_ZERO(&cores);
@@ -386,7 +258,8 @@ int Compare(const Options& options)
         tasks.end());
     std::map<std::size_t, QString> paths;
     for (const Task& task : tasks)
-        if (paths.emplace(task.input, directory.filePath(QStringLiteral("%1.stl").arg(task.input))).second &&
+        if (paths.emplace(task.input, directory.filePath(QStringLiteral("%1.model").arg(task.input)))
+                .second &&
             !MakeInput(kInputs[task.input], paths[task.input]))
             return 1;
     PinToLastCore();
@@ -396,7 +269,7 @@ int Compare(const Options& options)
             Result result;
             if (StartTask(tasks[i], paths[tasks[i].input], result))
                 results[i].push_back(result);
-            QFile::remove(paths[tasks[i].input] + QStringLiteral(".out"));
+            QFile::remove(peers::OutputOf(paths[tasks[i].input]));
         }
     Report(tasks, results);
     return 0;
@@ -408,7 +281,7 @@ int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 5 && arguments[1] == QLatin1String("--task"))
-        return RunTask(arguments);
+    if (arguments.size() == 4 && arguments[1] == QLatin1String("--task"))
+        return RunTask(arguments[2], arguments[3]);
     return Compare(ReadOptions(arguments));
 }

@@ -10,21 +10,13 @@
 
 #include <QString>
 
-#include "core/math/Vector3D.h"
 #include "fileformat/stl/STLFile.h"
+#include "samples/Balloon.h"
+#include "samples/Rings.h"
 
 namespace {
 
-using Point = Vector3D<float>;
 using Soup = std::vector<Point>; ///< three corners a triangle
-
-constexpr double kTurn = 6.283185307179586;
-
-/// A point by its distance from the z axis, its place on the circle in turns, and its height.
-Point Polar(double radius, double turns, double z)
-{
-    return {float(radius * std::cos(kTurn * turns)), float(radius * std::sin(kTurn * turns)), float(z)};
-}
 
 void AddTriangle(Soup& soup, const Point& a, const Point& b, const Point& c)
 {
@@ -36,8 +28,6 @@ void AddQuad(Soup& soup, const Point& a, const Point& b, const Point& c, const P
     AddTriangle(soup, a, b, c);
     AddTriangle(soup, a, c, d);
 }
-
-using Ring = std::vector<Point>;
 
 /// Joins two rings of equally many points. Seen from outside, @p upper lies above @p lower.
 void AddBand(Soup& soup, const Ring& lower, const Ring& upper)
@@ -265,13 +255,13 @@ int main(int argc, char** argv)
         std::fputs("usage: MakeSamples DIRECTORY\n", stderr);
         return 1;
     }
-    for (const Sample& sample : kSamples) {
-        const QString fileName =
-            QString::fromUtf8(argv[1]) + QLatin1Char('/') + QLatin1String(sample.fileName);
-        if (!STLFile::SaveFile(fileName, sample.make(), sample.isText, 80)) {
-            std::fprintf(stderr, "cannot write %s\n", fileName.toUtf8().constData());
-            return 1;
-        }
-    }
-    return 0;
+    const QString directory = QString::fromUtf8(argv[1]) + QLatin1Char('/');
+    bool isWritten = WriteBalloon(directory);
+    for (const Sample& sample : kSamples)
+        isWritten =
+            STLFile::SaveFile(directory + QLatin1String(sample.fileName), sample.make(), sample.isText, 80) &&
+            isWritten;
+    if (!isWritten)
+        std::fprintf(stderr, "cannot write all samples into %s\n", argv[1]);
+    return isWritten ? 0 : 1;
 }

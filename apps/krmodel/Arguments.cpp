@@ -33,6 +33,7 @@ struct RawArguments {
     std::string size = "800x600";
     std::string view = kViews[0].name;
     bool isText = false;
+    bool isBinary = false;
 };
 
 std::string AllViewNames()
@@ -85,8 +86,9 @@ CLI::App* AddVerb(CLI::App& app, Command command, Arguments& arguments, const ch
 
 void AddInfo(CLI::App& app, RawArguments& raw, Arguments& arguments)
 {
-    CLI::App* verb = AddVerb(app, RunInfo, arguments, "info",
-                             "Print what model files hold: size, bounds, volume, open edges, pieces");
+    CLI::App* verb =
+        AddVerb(app, RunInfo, arguments, "info",
+                "Print what model files hold: size, bounds, volume, open edges, pieces, materials");
     verb->add_option("FILE", raw.inputs, "model files to read")->required();
 }
 
@@ -96,8 +98,9 @@ void AddConvert(CLI::App& app, RawArguments& raw, Arguments& arguments)
                              "Write a model in the format of the output's suffix, replacing the output");
     verb->add_option("IN", raw.input, "model file to read")->required();
     verb->add_option("OUT", raw.output, "model file to write")->required();
-    CLI::Option* text = verb->add_flag("--ascii", raw.isText, "write the text variant of the format");
-    verb->add_flag("--binary", "write the binary variant of the format (default)")->excludes(text);
+    CLI::Option* text = verb->add_flag("--ascii", raw.isText, "write the text variant");
+    verb->add_flag("--binary", raw.isBinary, "write the binary variant (default where there is one)")
+        ->excludes(text);
 }
 
 void AddPreview(CLI::App& app, RawArguments& raw, Arguments& arguments)
@@ -123,7 +126,8 @@ void Understand(const RawArguments& raw, Arguments& arguments)
     if (!raw.input.empty())
         arguments.inputs << QString::fromStdString(raw.input);
     arguments.output = QString::fromStdString(raw.output);
-    arguments.encoding = raw.isText ? Encoding::Text : Encoding::Binary;
+    if (raw.isText || raw.isBinary)
+        arguments.encoding = raw.isText ? Encoding::Text : Encoding::Binary;
     arguments.size = ParseSize(raw.size);
     arguments.view = FindView(raw.view);
 }

@@ -20,7 +20,7 @@ struct Arguments {
     Command command = nullptr;
     QStringList inputs;
     QString output;
-    Encoding encoding = Encoding::Binary;
+    std::optional<Encoding> encoding; ///< none when the person did not say
     QSize size;
     const View* view = nullptr;
 };

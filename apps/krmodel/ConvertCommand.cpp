@@ -6,9 +6,9 @@ namespace krmodel {
 ExitCode RunConvert(const Arguments& arguments)
 {
     // A mistyped output is reported before a large input is read.
-    OutputFormat(arguments.output);
+    const Output output = ChooseOutput(arguments.output, arguments.encoding);
     const LoadedModel loaded = LoadModel(arguments.inputs.first());
-    SaveModel(arguments.output, loaded.model, arguments.encoding);
+    SaveModel(output, loaded.model);
     return ExitCode::Done;
 }
 

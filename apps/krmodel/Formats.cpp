@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "apps/krmodel/ObjFormat.h"
 #include "apps/krmodel/StlFormat.h"
 
 namespace krmodel {
@@ -12,8 +13,10 @@ namespace {
 
 // A new format is a new row.
 constexpr Format kFormats[] = {
-    {"STL", "stl", "triangles without units, text or binary", stl::Load, stl::Save, stl::IsComplete,
-     stl::DeclaresNothing, stl::Variant},
+    {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, stl::Load, stl::Save,
+     stl::IsComplete, stl::DeclaresNothing, stl::Variant},
+    {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
+     Variants::TextAlone, obj::Load, obj::Save, obj::IsComplete, nullptr, nullptr},
 };
 
 QStringList SuffixesOf(const Format& format)

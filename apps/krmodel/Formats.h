@@ -6,13 +6,20 @@
 #include <QString>
 
 #include "core/mesh/Mesh.h"
+#include "core/mesh/MeshTextureGroup.h"
 
 namespace krmodel {
 
-/// What one file holds. One mesh an object.
-using Model = std::vector<std::unique_ptr<Mesh>>;
+/// What one file holds.
+struct Model {
+    std::vector<std::unique_ptr<Mesh>> meshes; ///< one an object
+    /// Runs of the first mesh's faces with their materials, counted as the file has them: faces may be gone
+    /// since. GroupOfEachFace() knows what they are.
+    std::vector<MeshTextureGroup> groups;
+};
 
 enum class Encoding { Binary, Text };
+enum class Variants { BinaryOrText, TextAlone };
 
 /// What the program can do with one file format. All operations take a file name; exceptions of the library
 /// pass.
@@ -20,16 +27,18 @@ struct Format {
     const char* name;
     const char* suffixes; ///< without points, separated by blanks, lower case
     const char* description;
+    Variants variants;
     /// Reads a file; false when it is not readable as this format.
     bool (*load)(const QString& fileName, Model& model);
     /// Writes a model; false when the file cannot be opened for writing.
     bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
     /// Whether the file holds all that save() had to write. The library does not report a full disk.
     bool (*isComplete)(const QString& fileName, const Model& model, Encoding encoding);
-    /// Whether the file is of this format but declares no facet: load() refuses such a file like a damaged
-    /// one.
+    /// Whether the file is of this format but declares no facet, for a load() that refuses such a file like a
+    /// damaged one; null for one that does not.
     bool (*declaresNothing)(const QString& fileName);
-    /// The variant that the file is in, for the report ("binary", "text").
+    /// The variant that the file is in, for the report ("binary", "text"); null for a format that has but
+    /// one.
     QString (*variant)(const QString& fileName);
 };
 

@@ -1,28 +1,18 @@
 #include <cstdio>
 
 #include <QFile>
-#include <QLocale>
 
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
+#include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ModelFile.h"
 #include "apps/krmodel/TextTable.h"
+#include "apps/krmodel/Texts.h"
 
 namespace krmodel {
 
 namespace {
-
-// Digits as everywhere in the program's output: a point for decimals, thousands apart.
-QString Count(qint64 count)
-{
-    return QLocale(QLocale::English).toString(count);
-}
-
-QString Number(double value)
-{
-    return QString::number(value, 'g', 7);
-}
 
 QString Seconds(double seconds)
 {
@@ -53,8 +43,8 @@ QString PeakMemory()
 
 void AddAxis(TextTable& table, const char* name, float minimum, float maximum)
 {
-    table.AddRow({QLatin1String(name), Number(double(minimum)), Number(double(maximum)),
-                  Number(double(maximum) - double(minimum))});
+    table.AddRow({QLatin1String(name), NumberText(double(minimum)), NumberText(double(maximum)),
+                  NumberText(double(maximum) - double(minimum))});
 }
 
 void AddBounds(TextTable& table, const MeshBoundingBox& bounds)
@@ -70,22 +60,41 @@ void AddBounds(TextTable& table, const MeshBoundingBox& bounds)
     AddAxis(table, "z", bounds.minimum.z, bounds.maximum.z);
 }
 
+QString FormatText(const Format& format, const QString& fileName)
+{
+    const QString name = QLatin1String(format.name);
+    return format.variant ? name + QStringLiteral(", ") + format.variant(fileName) : name;
+}
+
+void AddTexture(TextTable& table, const MeshReport& report)
+{
+    if (report.textureCoordinates + report.textureFaces == 0)
+        return;
+    const QString remark = report.isTextureGood ? QString() : QStringLiteral(", do not fit the facets");
+    table.AddRow({QStringLiteral("texture coordinates"), CountText(report.textureCoordinates)});
+    table.AddRow({QStringLiteral("texture faces"), CountText(report.textureFaces) + remark});
+}
+
 void PrintReport(const QString& fileName, const LoadedModel& loaded)
 {
     const MeshReport report = Measure(loaded.model);
-    const QString openEdges = report.openEdges == 0 ? QStringLiteral("0, closed") : Count(report.openEdges);
+    const QString openEdges =
+        report.openEdges == 0 ? QStringLiteral("0, closed") : CountText(report.openEdges);
     TextTable table;
-    table.AddRow({QStringLiteral("format"), QStringLiteral("%1, %2").arg(QLatin1String(loaded.format->name),
-                                                                         loaded.format->variant(fileName))});
-    table.AddRow({QStringLiteral("facets"), Count(report.facets)});
-    table.AddRow({QStringLiteral("vertices"), Count(report.vertices)});
+    table.AddRow({QStringLiteral("format"), FormatText(*loaded.format, fileName)});
+    table.AddRow({QStringLiteral("facets"), CountText(report.facets)});
+    table.AddRow({QStringLiteral("vertices"), CountText(report.vertices)});
+    AddTexture(table, report);
     AddBounds(table, report.bounds);
-    table.AddRow({QStringLiteral("volume"), Number(report.volume)});
+    table.AddRow({QStringLiteral("volume"), NumberText(report.volume)});
     table.AddRow({QStringLiteral("open edges"), openEdges});
-    table.AddRow({QStringLiteral("pieces"), Count(report.pieces)});
+    table.AddRow({QStringLiteral("pieces"), CountText(report.pieces)});
     table.AddRow({QStringLiteral("read in"), Seconds(loaded.seconds)});
     table.AddRow({QStringLiteral("peak memory"), PeakMemory()});
-    std::fputs((fileName + QLatin1Char('\n') + table.ToString()).toUtf8().constData(), stdout);
+    const QString materials = MaterialTable(loaded.model, fileName);
+    const QString gap = materials.isEmpty() ? QString() : QStringLiteral("\n");
+    std::fputs((fileName + QLatin1Char('\n') + table.ToString() + gap + materials).toUtf8().constData(),
+               stdout);
 }
 
 } // namespace

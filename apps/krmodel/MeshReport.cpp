@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "apps/krmodel/Materials.h"
+
 namespace krmodel {
 
 namespace {
@@ -56,14 +58,23 @@ void Extend(MeshBoundingBox& bounds, const MeshBoundingBox& other)
     extend(bounds.minimum.z, bounds.maximum.z, other.minimum.z, other.maximum.z);
 }
 
+void AddTexture(MeshReport& report, const Mesh& mesh)
+{
+    const auto textureFaces = qint64(mesh.GetTextureFacesVecPtr()->size());
+    report.textureCoordinates += qint64(mesh.GetTexCoordVecPtr()->size());
+    report.textureFaces += textureFaces;
+    report.isTextureGood = report.isTextureGood && (textureFaces == 0 || HoldsTexture(mesh));
+}
+
 } // namespace
 
 MeshReport Measure(const Model& model)
 {
     MeshReport report;
-    for (const auto& mesh : model) {
+    for (const auto& mesh : model.meshes) {
         report.facets += mesh->GetFaceNum();
         report.vertices += mesh->GetVertexNum();
+        AddTexture(report, *mesh);
         report.volume += mesh->GetVolume();
         Extend(report.bounds, mesh->GetBoundingBox());
         const std::vector<TriangleFace>& neighbours = mesh->GetFaceNeighbours();

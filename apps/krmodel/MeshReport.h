@@ -8,6 +8,9 @@ namespace krmodel {
 struct MeshReport {
     qint64 facets = 0;
     qint64 vertices = 0;
+    qint64 textureCoordinates = 0;
+    qint64 textureFaces = 0;
+    bool isTextureGood = true; ///< each mesh with texture faces holds a texture, see HoldsTexture()
     MeshBoundingBox bounds;
     double volume = 0;    ///< of all meshes together, in cubed units of the file
     qint64 openEdges = 0; ///< facet edges without a neighbour

@@ -51,20 +51,33 @@ bool TryLoad(const Format& format, const QString& fileName, Model& model)
 
 bool HoldsFacets(const Model& model)
 {
-    for (const auto& mesh : model)
+    for (const auto& mesh : model.meshes)
         if (mesh->GetFaceNum() > 0)
             return true;
     return false;
 }
 
-bool TrySave(const Format& format, const QString& fileName, const Model& model, Encoding encoding)
+bool TrySave(const Output& output, const Model& model)
 {
     try {
-        return format.save(fileName, model, encoding);
+        return output.format->save(output.fileName, model, output.encoding);
     } catch (const std::exception&) {
-        Fail(ExitCode::WriteFailed, fileName,
+        Fail(ExitCode::WriteFailed, output.fileName,
              QStringLiteral("writing stopped half-way, the file is not complete"));
     }
+}
+
+const Format& OutputFormat(const QString& fileName)
+{
+    if (const Format* format = FindFormat(fileName))
+        return *format;
+    Fail(ExitCode::Usage, fileName,
+         QStringLiteral("cannot tell the format to write from this suffix; known are ") + KnownSuffixes());
+}
+
+bool DeclaresNothing(const Format& format, const QString& fileName)
+{
+    return format.declaresNothing && format.declaresNothing(fileName);
 }
 
 } // namespace
@@ -78,7 +91,7 @@ LoadedModel LoadModel(const QString& fileName)
     clock.start();
     const bool isRead = TryLoad(*loaded.format, fileName, loaded.model);
     loaded.seconds = double(clock.nsecsElapsed()) * 1e-9;
-    if (isRead ? !HoldsFacets(loaded.model) : loaded.format->declaresNothing(fileName))
+    if (isRead ? !HoldsFacets(loaded.model) : DeclaresNothing(*loaded.format, fileName))
         Fail(ExitCode::Empty, fileName, QStringLiteral("holds no facet"));
     if (!isRead)
         Fail(ExitCode::NotReadable, fileName,
@@ -87,21 +100,22 @@ LoadedModel LoadModel(const QString& fileName)
     return loaded;
 }
 
-const Format& OutputFormat(const QString& fileName)
-{
-    if (const Format* format = FindFormat(fileName))
-        return *format;
-    Fail(ExitCode::Usage, fileName,
-         QStringLiteral("cannot tell the format to write from this suffix; known are ") + KnownSuffixes());
-}
-
-void SaveModel(const QString& fileName, const Model& model, Encoding encoding)
+Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding)
 {
     const Format& format = OutputFormat(fileName);
-    if (!TrySave(format, fileName, model, encoding))
-        Fail(ExitCode::WriteFailed, fileName, QStringLiteral("cannot open for writing"));
-    if (!format.isComplete(fileName, model, encoding))
-        Fail(ExitCode::WriteFailed, fileName,
+    const bool hasBinary = format.variants == Variants::BinaryOrText;
+    if (encoding == Encoding::Binary && !hasBinary)
+        Fail(ExitCode::Usage, fileName,
+             QStringLiteral("%1 has no binary variant").arg(QLatin1String(format.name)));
+    return {fileName, &format, encoding.value_or(hasBinary ? Encoding::Binary : Encoding::Text)};
+}
+
+void SaveModel(const Output& output, const Model& model)
+{
+    if (!TrySave(output, model))
+        Fail(ExitCode::WriteFailed, output.fileName, QStringLiteral("cannot open for writing"));
+    if (!output.format->isComplete(output.fileName, model, output.encoding))
+        Fail(ExitCode::WriteFailed, output.fileName,
              QStringLiteral("the file is not complete, the disk may be full"));
 }
 

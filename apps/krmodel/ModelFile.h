@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "apps/krmodel/Formats.h"
 
 namespace krmodel {
@@ -14,12 +16,19 @@ struct LoadedModel {
 /// @throws Failure with CannotOpen, NotReadable or Empty
 LoadedModel LoadModel(const QString& fileName);
 
-/// Writes a model in the format of the file name's suffix and looks whether all of it arrived.
-/// @throws Failure with Usage for an unknown suffix, or WriteFailed
-void SaveModel(const QString& fileName, const Model& model, Encoding encoding);
+/// A file that is to be written, and how.
+struct Output {
+    QString fileName;
+    const Format* format = nullptr;
+    Encoding encoding = Encoding::Binary;
+};
 
-/// The format of a file that is to be written.
-/// @throws Failure with Usage for an unknown suffix
-const Format& OutputFormat(const QString& fileName);
+/// The format of the file name's suffix, in the variant asked for; binary, if it has that, when none is.
+/// @throws Failure with Usage for an unknown suffix and for a variant that the format does not have
+Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding);
+
+/// Writes a model and looks whether all of it arrived.
+/// @throws Failure with WriteFailed
+void SaveModel(const Output& output, const Model& model);
 
 } // namespace krmodel

@@ -4,6 +4,8 @@
 
 #include <Eigen/Geometry>
 
+#include "apps/krmodel/Materials.h"
+
 namespace krmodel {
 
 namespace {
@@ -24,7 +26,7 @@ Eigen::Vector3d Placed(const Matrix4<double>& transform, const Vector3D<float>& 
 template<class Visit>
 void ForEachPlacedVertex(const Model& model, Visit visit)
 {
-    for (const auto& mesh : model) {
+    for (const auto& mesh : model.meshes) {
         const Matrix4<double> transform = mesh->GetTransformMatrix();
         for (const Vector3D<float>& vertex : *mesh->GetVerticesVecPtr())
             visit(Placed(transform, vertex));
@@ -69,7 +71,7 @@ void AddFaces(const Model& model, Scene& scene)
 {
     const TriangleFace none(-1, -1, -1);
     int firstPoint = 0;
-    for (const auto& mesh : model) {
+    for (const auto& mesh : model.meshes) {
         const int firstFace = int(scene.faces.size());
         for (const TriangleFace& face : *mesh->GetFacesVecPtr()) {
             const TriangleFace shifted = Shifted(face, firstPoint);
@@ -80,6 +82,21 @@ void AddFaces(const Model& model, Scene& scene)
         scene.neighbours.resize(scene.faces.size(), none);
         firstPoint += int(mesh->GetVerticesVecPtr()->size());
     }
+}
+
+void AddPaints(const Model& model, Scene& scene)
+{
+    for (const int group : GroupOfEachFace(model))
+        scene.paintOfFace.push_back(group + 1);
+    if (scene.paintOfFace.empty())
+        return;
+    for (const MeshTextureGroup& group : model.groups)
+        scene.paints.emplace_back(group.material);
+    const Mesh& mesh = *model.meshes[0];
+    if (!HoldsTexture(mesh))
+        return;
+    scene.textureCoordinates = *mesh.GetTexCoordVecPtr();
+    scene.textureFaces = *mesh.GetTextureFacesVecPtr();
 }
 
 /// Moves the scene sideways until what the camera sees of it lies in the middle of the picture.
@@ -119,6 +136,7 @@ Scene BuildScene(const Model& model, Camera& camera)
     Scene scene;
     AddPoints(model, BoundsOf(model), camera, scene);
     AddFaces(model, scene);
+    AddPaints(model, scene);
     Fit(scene, camera);
     return scene;
 }

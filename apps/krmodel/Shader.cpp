@@ -24,7 +24,6 @@ const Light kLights[] = {
 };
 const Colour kSky(0.42F, 0.45F, 0.50F);
 const Colour kEarth(0.17F, 0.16F, 0.15F);
-const Colour kFront(0.17F, 0.37F, 0.60F);
 const Colour kBack(0.62F, 0.26F, 0.18F);
 const Colour kBackgroundTop(0.93F, 0.945F, 0.96F);
 const Colour kBackgroundBottom(0.68F, 0.71F, 0.75F);
@@ -108,8 +107,8 @@ Colour Shader::GroundAt(int x, int y) const
                      : background;
 }
 
-/// Weighs the corners' normals by where the sample lies in the face, as seen in perspective.
-Eigen::Vector3f Shader::NormalAt(int face, int x, int y) const
+/// What each corner counts where the sample lies in the face, as seen in perspective.
+std::array<float, 3> Shader::WeightsAt(int face, int x, int y) const
 {
     const TriangleFace& corners = m_scene.faces[size_t(face)];
     const Eigen::Vector2f sample(float(x) + 0.5F, float(y) + 0.5F);
@@ -119,14 +118,37 @@ Eigen::Vector3f Shader::NormalAt(int face, int x, int y) const
         towards[size_t(i)] = Eigen::Vector2f(corner.x, corner.y) - sample;
     }
     const float side = Cross(towards[1] - towards[0], towards[2] - towards[0]) < 0 ? -1.0F : 1.0F;
-    Eigen::Vector3f normal = Eigen::Vector3f::Zero();
+    std::array<float, 3> weights{};
     for (int i = 0; i < 3; ++i) {
         const float opposite = side * Cross(towards[size_t((i + 1) % 3)], towards[size_t((i + 2) % 3)]);
-        const float weight = std::max(0.0F, opposite) * m_projected[size_t(corners[i])].inverseDistance;
-        normal += m_normals.At(face, i) * weight;
+        weights[size_t(i)] = std::max(0.0F, opposite) * m_projected[size_t(corners[i])].inverseDistance;
     }
+    return weights;
+}
+
+Eigen::Vector3f Shader::NormalAt(int face, const std::array<float, 3>& weights) const
+{
+    Eigen::Vector3f normal = Eigen::Vector3f::Zero();
+    for (int i = 0; i < 3; ++i)
+        normal += m_normals.At(face, i) * weights[size_t(i)];
     const float length = normal.norm();
     return length > 0 ? Eigen::Vector3f(normal / length) : Eigen::Vector3f(Eigen::Vector3f::UnitZ());
+}
+
+Colour Shader::PaintAt(int face, const std::array<float, 3>& weights) const
+{
+    const Paint& paint = m_scene.PaintOf(face);
+    const float sum = weights[0] + weights[1] + weights[2];
+    if (!paint.HasTexture() || size_t(face) >= m_scene.textureFaces.size() || !(sum > 0))
+        return paint.GetColour();
+    const TriangleFace& corners = m_scene.textureFaces[size_t(face)];
+    float u = 0, v = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Vector2D<float>& corner = m_scene.textureCoordinates[size_t(corners[i])];
+        u += corner.x * weights[size_t(i)] / sum;
+        v += corner.y * weights[size_t(i)] / sum;
+    }
+    return paint.At(u, v);
 }
 
 /// Looks at surface points around the sample; the mean over the samples of a pixel is smooth.
@@ -177,8 +199,10 @@ Colour Shader::SurfaceAt(int face, int x, int y) const
         m_camera.Unproject({float(x) + 0.5F, float(y) + 0.5F, m_visible.InverseDistanceAt(x, y)});
     const Eigen::Vector3f toViewer = (m_camera.GetPosition() - point).normalized();
     const bool isBack = ShowsBack(face, toViewer);
-    const Eigen::Vector3f normal = NormalAt(face, x, y) * (isBack ? -1.0F : 1.0F);
-    return Lit(isBack ? kBack : kFront, normal, toViewer, 1 - OcclusionAt(x, y, point, normal));
+    const std::array<float, 3> weights = WeightsAt(face, x, y);
+    const Eigen::Vector3f normal = NormalAt(face, weights) * (isBack ? -1.0F : 1.0F);
+    return Lit(isBack ? kBack : PaintAt(face, weights), normal, toViewer,
+               1 - OcclusionAt(x, y, point, normal));
 }
 
 } // namespace krmodel

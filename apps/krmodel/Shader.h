@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -10,8 +11,6 @@
 #include "apps/krmodel/VisibilityBuffer.h"
 
 namespace krmodel {
-
-using Colour = Eigen::Array3f; ///< red, green, blue; proportional to light, 0..1
 
 /// Colours one sample at a time of what a visibility buffer shows. Safe from several threads.
 class Shader {
@@ -32,7 +31,9 @@ private:
     Colour SurfaceAt(int face, int x, int y) const;
     Colour Lit(const Colour& material, const Eigen::Vector3f& normal, const Eigen::Vector3f& toViewer,
                float open) const;
-    Eigen::Vector3f NormalAt(int face, int x, int y) const;
+    std::array<float, 3> WeightsAt(int face, int x, int y) const;
+    Eigen::Vector3f NormalAt(int face, const std::array<float, 3>& weights) const;
+    Colour PaintAt(int face, const std::array<float, 3>& weights) const;
     bool ShowsBack(int face, const Eigen::Vector3f& toViewer) const;
     float OcclusionAt(int x, int y, const Eigen::Vector3f& point, const Eigen::Vector3f& normal) const;
 

@@ -21,7 +21,7 @@ constexpr qint64 kLongestEmptyText = 4096;
 qint64 FacetCount(const Model& model)
 {
     qint64 count = 0;
-    for (const auto& mesh : model)
+    for (const auto& mesh : model.meshes)
         count += mesh->GetFaceNum();
     return count;
 }
@@ -59,14 +59,14 @@ bool Load(const QString& fileName, Model& model)
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     if (!STLFile::LoadFile(fileName, *mesh, false, kHeaderSize, false))
         return false;
-    model.push_back(std::move(mesh));
+    model.meshes.push_back(std::move(mesh));
     return true;
 }
 
 bool Save(const QString& fileName, const Model& model, Encoding encoding)
 {
     std::vector<const Mesh*> meshes;
-    for (const auto& mesh : model)
+    for (const auto& mesh : model.meshes)
         meshes.push_back(mesh.get());
     return STLFile::SaveFile(fileName, meshes, encoding == Encoding::Text, kHeaderSize);
 }

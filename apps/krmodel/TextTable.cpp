@@ -24,14 +24,22 @@ int TextTable::WidthOf(int column) const
     return width;
 }
 
+QString TextTable::Justified(const QString& cell, int column, int width) const
+{
+    const bool isLeft = column < m_sides.size() && m_sides[column] == 'l';
+    return isLeft ? cell.leftJustified(width) : cell.rightJustified(width);
+}
+
 QString TextTable::LineOf(const QStringList& cells, const std::vector<int>& widths) const
 {
     const QString gap(kGap, QLatin1Char(' '));
-    QString line = gap + cells.value(0).leftJustified(widths[0]);
+    QString line = gap + Justified(cells.value(0), 0, widths[0]);
     if (IsRemark(cells))
         return line + gap + cells[1] + QLatin1Char('\n');
     for (int column = 1; column < cells.size(); ++column)
-        line += gap + cells[column].rightJustified(widths[size_t(column)]);
+        line += gap + Justified(cells[column], column, widths[size_t(column)]);
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
     return line + QLatin1Char('\n');
 }
 

@@ -58,6 +58,15 @@ struct HalfEdgeLinks {
     std::size_t unlinkedCount = 0; ///< half-edges without a partner
     std::size_t sameWayCount = 0;  ///< pairs that run the same way in both facets
     bool hasLoops = false;         ///< some facet names a vertex twice
+
+    /// Links two half-edges without a partner.
+    void Link(HalfEdge a, HalfEdge b, bool isOpposite)
+    {
+        mates[std::size_t(a)] = isOpposite ? Mate::Opposite(b) : Mate::SameWay(b);
+        mates[std::size_t(b)] = isOpposite ? Mate::Opposite(a) : Mate::SameWay(a);
+        unlinkedCount -= 2;
+        sameWayCount += !isOpposite;
+    }
 };
 
 /// A half-edge while it looks for its partner.

@@ -20,8 +20,9 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first character mu
 
 constexpr std::uint64_t Repeated(unsigned char byte)
 {
-    return 0x0101010101010101 * byte;
+    return std::uint64_t(0x0101010101010101) * byte;
 }
+static_assert(Repeated(0xFF) == ~std::uint64_t(0), "the factor must not have a sign");
 
 inline std::uint64_t LoadCharacters(const char* position)
 {

@@ -46,7 +46,8 @@ private:
     using Key = std::array<double, 3>;
 
     static double RoundToNearest(double value);
-    static Key KeyOfCell(const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin, double cellsPerUnit);
+    static void SetToCell(Key& key, const Eigen::Vector3f& point, const Eigen::Vector3f& boxMin,
+                          double cellsPerUnit);
     static bool IsFinite(const Key& key);
 
     Key m_start{};
@@ -64,15 +65,14 @@ inline double MeshEigenEdgeInfo::RoundToNearest(double value)
     return std::fabs(value) < kTooLarge ? (value + kNoFraction) - kNoFraction : std::nearbyint(value);
 }
 
-// Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds.
-inline MeshEigenEdgeInfo::Key MeshEigenEdgeInfo::KeyOfCell(const Eigen::Vector3f& point,
-                                                           const Eigen::Vector3f& boxMin, double cellsPerUnit)
+// Cell numbers stay doubles: a far point over a small tolerance has a number that no integer holds. They are
+// written in place: a key handed back whole would be read again before its three stores are through.
+inline void MeshEigenEdgeInfo::SetToCell(Key& key, const Eigen::Vector3f& point,
+                                         const Eigen::Vector3f& boxMin, double cellsPerUnit)
 {
-    Key key;
     for (int axis = 0; axis < 3; ++axis)
         key[std::size_t(axis)] =
             RoundToNearest((double(point[axis]) - double(boxMin[axis])) * cellsPerUnit) + 0.0;
-    return key;
 }
 
 // Floats over a float make doubles that cannot overflow: a number that is not finite came in as one.
@@ -86,8 +86,8 @@ inline bool MeshEigenEdgeInfo::update(const Eigen::Vector3f& a, const Eigen::Vec
 {
     if (tolerance > 0 && std::isfinite(tolerance)) {
         const double cellsPerUnit = 1 / double(tolerance);
-        m_start = KeyOfCell(a, boxMin, cellsPerUnit);
-        m_end = KeyOfCell(b, boxMin, cellsPerUnit);
+        SetToCell(m_start, a, boxMin, cellsPerUnit);
+        SetToCell(m_end, b, boxMin, cellsPerUnit);
         if (IsFinite(m_start) && IsFinite(m_end) && m_start != m_end)
             return true;
     }

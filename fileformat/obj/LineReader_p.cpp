@@ -1,5 +1,6 @@
 #include "fileformat/obj/LineReader_p.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace kr::obj {
@@ -22,13 +23,12 @@ const char* Find(char byte, const char* begin, const char* end)
 
 bool LineReader::Next(std::string_view& line)
 {
+    LookAhead();
     // Nearly every line lies in the block as it is.
-    const std::string_view bytes = m_source.Buffered();
-    const char* const begin = bytes.data();
-    const char* const newLine = Find('\n', begin, begin + bytes.size());
-    if (newLine != begin + bytes.size() && !HasSpecialByteBefore(newLine)) {
-        line = {begin, static_cast<std::size_t>(newLine - begin)};
-        m_source.SkipTo(newLine + 1);
+    if (m_newLine < std::min(m_backslash, m_nul)) {
+        const char* const begin = m_source.Buffered().data();
+        line = {begin, static_cast<std::size_t>(m_newLine - begin)};
+        m_source.SkipTo(m_newLine + 1);
         return true;
     }
     const bool isLine = Assemble();
@@ -36,24 +36,28 @@ bool LineReader::Next(std::string_view& line)
     return isLine;
 }
 
-std::string_view LineReader::WholeLines() const
+std::string_view LineReader::WholeLines()
 {
     const std::string_view bytes = m_source.Buffered();
-    return bytes.substr(0, bytes.rfind('\n') + 1);
+    if (m_wholeLinesBlock != m_source.BlockNumber()) {
+        m_wholeLinesBlock = m_source.BlockNumber();
+        m_wholeLinesEnd = bytes.data() + (bytes.rfind('\n') + 1);
+    }
+    return bytes.substr(0, static_cast<std::size_t>(std::max(m_wholeLinesEnd, bytes.data()) - bytes.data()));
 }
 
-bool LineReader::HasSpecialByteBefore(const char* position)
+void LineReader::LookAhead()
 {
     const std::string_view bytes = m_source.Buffered();
-    const char* const begin = bytes.data();
-    const char* const end = begin + bytes.size();
     const bool isOtherBlock = m_searchedBlock != m_source.BlockNumber();
     m_searchedBlock = m_source.BlockNumber();
-    if (isOtherBlock || m_backslash < begin)
-        m_backslash = Find('\\', begin, end);
-    if (isOtherBlock || m_nul < begin)
-        m_nul = Find('\0', begin, end);
-    return m_backslash < position || m_nul < position;
+    const auto renew = [&bytes, isOtherBlock](const char*& place, char byte) {
+        if (isOtherBlock || place < bytes.data())
+            place = Find(byte, bytes.data(), bytes.data() + bytes.size());
+    };
+    renew(m_newLine, '\n');
+    renew(m_backslash, '\\');
+    renew(m_nul, '\0');
 }
 
 // A backslash is held back until it is known what follows: a visible character brings it out, the end of the

@@ -23,21 +23,26 @@ public:
     /// The physical lines that are at hand as a whole, each with its line feed; may be empty. They are
     /// logical lines as long as they hold no backslash and no NUL. Behind them kReadableBehind bytes can be
     /// read.
-    std::string_view WholeLines() const;
+    std::string_view WholeLines();
     static constexpr std::size_t kReadableBehind = BlockReader::kReadableBehind;
     /// Steps behind a line feed of WholeLines().
     void SkipTo(const char* position) { m_source.SkipTo(position); }
 
 private:
-    bool HasSpecialByteBefore(const char* position);
+    void LookAhead();
     bool Assemble();
 
     BlockReader m_source;
     std::string m_line;
-    // The nearest backslash and NUL ahead in the block, looked for at most once for each that is passed.
+    // The nearest ones ahead in the block or its end. Each is looked for again only when it is passed: a
+    // block may hold very many lines and none of these.
+    const char* m_newLine = nullptr;
     const char* m_backslash = nullptr;
     const char* m_nul = nullptr;
     std::size_t m_searchedBlock = 0;
+    // Behind the last line feed of the block, found once for the same reason.
+    const char* m_wholeLinesEnd = nullptr;
+    std::size_t m_wholeLinesBlock = 0;
 };
 
 } // namespace kr::obj

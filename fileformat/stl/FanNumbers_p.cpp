@@ -38,8 +38,8 @@ struct FanWalk {
 // The positions in the order in which the facets first meet them, for a soup in which that is not their own
 // order.
 struct FirstMet {
-    Scratch<std::int32_t> nextVertexOf;    // for each position 1 + its vertex, 0 as long as it has none
-    std::vector<Vector3D<float>> vertices; // the first corner's place
+    Scratch<std::int32_t> nextVertexOf; // for each position 1 + its vertex, 0 as long as it has none
+    std::int32_t vertexCount = 0;
 };
 
 // Finds the positions whose corners are more than one fan. Requires that no pair runs the same way.
@@ -54,10 +54,8 @@ public:
           m_isSplit(isSplit),
           m_firstMet(firstMet)
     {
-        if (!soup.isReordered)
-            return;
-        m_firstMet.nextVertexOf = Scratch<std::int32_t>(soup.positions.count);
-        ReserveLarge(m_firstMet.vertices, soup.positions.count);
+        if (soup.isReordered)
+            m_firstMet.nextVertexOf = Scratch<std::int32_t>(soup.positions.count);
     }
 
     /// Returns whether any position is split. Ends because each walk ends (a ring returns to its start, a
@@ -88,6 +86,7 @@ private:
         }
         walk = {std::size_t(m_numbers[m_scan]), m_scan, m_scan, 1};
         __builtin_prefetch(&m_mates[m_scan]);
+        __builtin_prefetch(&m_positions[walk.position]);
         ++m_scan;
         return true;
     }
@@ -104,8 +103,7 @@ private:
         std::int32_t& nextVertex = m_firstMet.nextVertexOf[position];
         if (nextVertex != 0)
             return false;
-        m_firstMet.vertices.push_back(m_soup.PointAt(m_scan));
-        nextVertex = std::int32_t(m_firstMet.vertices.size());
+        nextVertex = ++m_firstMet.vertexCount;
         return true;
     }
 
@@ -175,7 +173,7 @@ bool FindSplitPositions(const Soup& soup, Scratch<bool>& isSplit, FirstMet& firs
         return true;
     }
     const bool hasParts = MarkPartedPositions(soup, isSplit);
-    const bool hasRepeats = (soup.links.hasLoops || soup.isReordered) && MarkRepeatedPositions(soup, isSplit);
+    const bool hasRepeats = soup.links.hasLoops && MarkRepeatedPositions(soup, isSplit);
     return FanCheck(soup, isSplit, firstMet).Run() || hasRepeats || hasParts;
 }
 
@@ -270,14 +268,18 @@ void RenumberFans(Soup& soup, bool turnOver, const Scratch<bool>& isSplit, std::
     faces = std::move(soup.positionOf);
 }
 
-void TakeFirstMetOrder(Soup& soup, FirstMet& firstMet, std::vector<TriangleFace>& faces,
+void TakeFirstMetOrder(Soup& soup, const FirstMet& firstMet, std::vector<TriangleFace>& faces,
                        std::vector<Vector3D<float>>& vertices)
 {
     const std::int32_t* const next = firstMet.nextVertexOf.data();
     for (TriangleFace& face : soup.positionOf)
         face = TriangleFace(next[face[0]] - 1, next[face[1]] - 1, next[face[2]] - 1);
     faces = std::move(soup.positionOf);
-    vertices = std::move(firstMet.vertices);
+    ReserveLarge(vertices, std::size_t(firstMet.vertexCount));
+    vertices.resize(std::size_t(firstMet.vertexCount));
+    for (std::size_t i = 0; i < soup.positions.count; ++i)
+        if (next[i] != 0)
+            vertices[std::size_t(next[i] - 1)] = soup.positions.positions[i].point;
 }
 
 void TakePositionsAsVertices(Soup& soup, std::vector<TriangleFace>& faces,

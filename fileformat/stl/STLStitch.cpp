@@ -81,7 +81,7 @@ void PartZerosBySign(Soup& soup)
     std::map<std::pair<std::int32_t, std::uint32_t>, std::int32_t> parts;
     for (HalfEdge corner = 0; corner < HalfEdge(3 * soup.facetCount); ++corner) {
         const Vector3D<float>& point = soup.corners[std::size_t(corner)];
-        std::int32_t& position = soup.PositionAt(corner);
+        const std::int32_t position = soup.PositionAt(corner);
         if (HaveSameBits(point, soup.PointOf(position)))
             continue;
         const std::uint32_t signs = std::uint32_t(std::signbit(point.x)) |
@@ -92,10 +92,7 @@ void PartZerosBySign(Soup& soup)
             soup.positions.positions[soup.positions.count++] = {point, 0};
             soup.partedPositions.insert(soup.partedPositions.end(), {position, part->second});
         }
-        --soup.positions.positions[std::size_t(position)].cornerCount;
-        ++soup.positions.positions[std::size_t(part->second)].cornerCount;
-        position = part->second;
-        soup.isReordered = true;
+        soup.MoveCorner(corner, part->second);
     }
 }
 

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
-
-#include "core/common/LargePages_p.h"
+#include <vector>
 
 namespace kr::stl {
 
@@ -18,9 +16,11 @@ namespace kr::stl {
 /// steps as the logarithm of the group count.
 class SnapGroups {
 public:
-    explicit SnapGroups(std::size_t count) : m_nodes(count)
+    /// Starts anew with @p count groups, none of them moved or joined.
+    void Reset(std::size_t count)
     {
-        std::fill(m_nodes.begin(), m_nodes.end(), Node());
+        m_nodes.assign(count, Node());
+        m_time = 0;
     }
 
     static constexpr std::int32_t kNotMoved = -1;
@@ -48,17 +48,35 @@ public:
         }
     }
 
-    /// Moves all groups of the root.
-    void Move(std::size_t root, std::int32_t position)
+    /// A corner at an end of an edge: the group that it moves with, and where it lies as long as that has not
+    /// moved.
+    struct End {
+        std::size_t group = 0;
+        std::int32_t firstPosition = 0;
+    };
+
+    std::int32_t PositionOf(const End& end) const { return PositionAt(Locate(end.group), end); }
+
+    /// Roots of two groups that meet.
+    struct Meeting {
+        std::size_t currentRoot = 0;
+        std::size_t earlierRoot = 0;
+    };
+
+    /// Moves the earlier end's group, and all that move with it, to where the current end is.
+    Meeting Snap(const End& current, const End& earlier)
     {
-        m_nodes[root].position = position;
-        m_nodes[root].movedAt = ++m_time;
+        const Location to = Locate(current.group), from = Locate(earlier.group);
+        const std::int32_t target = PositionAt(to, current);
+        if (target != PositionAt(from, earlier))
+            Move(from.root, target);
+        return {to.root, from.root};
     }
 
     /// Lets two groups move together from now on.
-    void Join(std::size_t a, std::size_t b)
+    void Join(const Meeting& meeting)
     {
-        std::size_t larger = Locate(a).root, smaller = Locate(b).root;
+        std::size_t larger = Locate(meeting.currentRoot).root, smaller = Locate(meeting.earlierRoot).root;
         if (larger == smaller)
             return;
         if (m_nodes[larger].size < m_nodes[smaller].size)
@@ -71,6 +89,17 @@ public:
 private:
     static constexpr std::int32_t kRoot = -1;
 
+    static std::int32_t PositionAt(const Location& location, const End& end)
+    {
+        return location.position == kNotMoved ? end.firstPosition : location.position;
+    }
+
+    void Move(std::size_t root, std::int32_t position)
+    {
+        m_nodes[root].position = position;
+        m_nodes[root].movedAt = ++m_time;
+    }
+
     struct Node {
         std::int32_t position = kNotMoved;
         std::int32_t parent = kRoot;
@@ -79,7 +108,7 @@ private:
         std::uint32_t movedAt = 0;  // noted here; 0 is never
     };
 
-    Scratch<Node> m_nodes;
+    std::vector<Node> m_nodes;
     std::uint32_t m_time = 0;
 };
 

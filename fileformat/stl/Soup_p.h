@@ -49,6 +49,21 @@ struct Soup {
         return PointOf(positionOf[facet][corner]);
     }
     const Vector3D<float>& PointAt(HalfEdge corner) const { return PointOf(PositionAt(corner)); }
+
+    /// Lets the corner lie at another position. Two corners of a facet that meet make a loop; that one of
+    /// them may move on is not told.
+    void MoveCorner(HalfEdge corner, std::int32_t position)
+    {
+        TriangleFace& facet = positionOf[std::size_t(corner / 3)];
+        std::int32_t& current = facet[corner % 3];
+        if (current == position)
+            return;
+        --positions.positions[std::size_t(current)].cornerCount;
+        ++positions.positions[std::size_t(position)].cornerCount;
+        links.hasLoops |= facet[0] == position || facet[1] == position || facet[2] == position;
+        current = position;
+        isReordered = true;
+    }
 };
 
 /// The largest of |dx|, |dy|, |dz| over an edge with finite ends.

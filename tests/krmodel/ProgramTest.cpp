@@ -1,79 +1,25 @@
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QFile>
 #include <QImage>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTextCodec>
 
 #include "core/mesh/Mesh.h"
 #include "fileformat/stl/STLFile.h"
-#include "tests/common/RunProgram.h"
+#include "tests/krmodel/ProgramSupport.h"
 
 namespace {
-
-// The numbers are part of the program's interface.
-enum : int { Done = 0, Usage = 1, CannotOpen = 2, NotReadable = 3, Empty = 4, WriteFailed = 5 };
-
-QString Sample(const char* name)
-{
-    return QStringLiteral(KRCORE_SAMPLES "/") + QLatin1String(name);
-}
-
-/// Words separated by blanks; "%1" stands for @p fileName.
-QStringList Words(const char* line, const QString& fileName = {})
-{
-    QStringList words = QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    return words.replaceInStrings(QStringLiteral("%1"), fileName);
-}
-
-class Krmodel : public ::testing::Test {
-protected:
-    ProgramRun Run(const QStringList& arguments, const QStringList& environment = {}) const
-    {
-        return RunProgram(QStringLiteral(KRMODEL_PROGRAM), arguments, m_directory.path(), environment);
-    }
-    ProgramRun Run(const char* line) const { return Run(Words(line)); }
-    ProgramRun Info(const QString& fileName) const { return Run({QStringLiteral("info"), fileName}); }
-    ProgramRun InfoOfSample(const char* name) const { return Info(Sample(name)); }
-
-    QString Path(const char* name) const { return m_directory.filePath(QString::fromUtf8(name)); }
-    void CopySample(const char* name, const char* as) const
-    {
-        EXPECT_TRUE(QFile::copy(Sample(name), Path(as)));
-    }
-    void Write(const char* name, const QByteArray& bytes) const
-    {
-        QFile file(Path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        EXPECT_EQ(file.write(bytes), bytes.size());
-    }
-    QByteArray Preview(const char* options) const
-    {
-        EXPECT_EQ(Run(Words("preview %1 picture.png", Sample("links.stl")) + Words(options)).exitCode, Done);
-        QFile file(Path("picture.png"));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    }
-    QStringList Files() const { return QDir(m_directory.path()).entryList(QDir::Files | QDir::System); }
-
-private:
-    QTemporaryDir m_directory;
-};
-
-/// What stands behind a row's name, with single blanks between the cells.
-QString Cell(const ProgramRun& run, const char* name)
-{
-    const QRegularExpression row(QStringLiteral("^  %1  +(.*)$").arg(QLatin1String(name)),
-                                 QRegularExpression::MultilineOption);
-    return row.match(run.output).captured(1).simplified();
-}
 
 bool Matches(const QString& text, const char* pattern)
 {
     return text.contains(QRegularExpression(QLatin1String(pattern)));
 }
+
+class KrmodelPreview : public Krmodel {
+protected:
+    QByteArray Preview(const char* options) const
+    {
+        EXPECT_EQ(Run(Words("preview %1 picture.png", Sample("links.stl")) + Words(options)).exitCode, Done);
+        return Bytes("picture.png");
+    }
+};
 
 TEST_F(Krmodel, InfoPrintsWhatABinaryFileHolds)
 {
@@ -346,7 +292,7 @@ TEST_F(Krmodel, PrintsItsVersion)
     EXPECT_EQ(run.output, QStringLiteral("krmodel " KRMODEL_VERSION "\n"));
 }
 
-TEST_F(Krmodel, PreviewDrawsAPictureOfTheSizeAskedFor)
+TEST_F(KrmodelPreview, DrawsAPictureOfTheSizeAskedFor)
 {
     EXPECT_EQ(QImage::fromData(Preview(""), "PNG").size(), QSize(800, 600));
     const QImage small = QImage::fromData(Preview("--size 64x160"), "PNG");
@@ -357,12 +303,12 @@ TEST_F(Krmodel, PreviewDrawsAPictureOfTheSizeAskedFor)
     EXPECT_GT(blue, small.width() / 2);
 }
 
-TEST_F(Krmodel, PreviewIsTheSameEachTime)
+TEST_F(KrmodelPreview, IsTheSameEachTime)
 {
     EXPECT_EQ(Preview("--size 160x120"), Preview("--size 160x120"));
 }
 
-TEST_F(Krmodel, PreviewLooksFromEachSideNamed)
+TEST_F(KrmodelPreview, LooksFromEachSideNamed)
 {
     QList<QByteArray> pictures;
     for (const char* view : {"three-quarter", "front", "right", "top", "bottom"}) {
@@ -372,7 +318,7 @@ TEST_F(Krmodel, PreviewLooksFromEachSideNamed)
     }
 }
 
-TEST_F(Krmodel, PreviewNeedsNoDisplay)
+TEST_F(KrmodelPreview, NeedsNoDisplay)
 {
     const ProgramRun run = Run(Words("preview %1 picture.png --size 64x48", Sample("gear.stl")),
                                Words("DISPLAY= WAYLAND_DISPLAY= QT_QPA_PLATFORM=none-such"));

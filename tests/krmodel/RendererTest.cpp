@@ -29,7 +29,7 @@ void AddMesh(Model& model, const std::vector<Point>& vertices, const std::vector
     auto mesh = std::make_unique<Mesh>(0.03F);
     mesh->AddVertexAndFaces(vertices, faces);
     mesh->PostProcess(false, false, true, true, nullptr, nullptr);
-    model.push_back(std::move(mesh));
+    model.meshes.push_back(std::move(mesh));
 }
 
 Model Tetrahedron(float size)
@@ -152,9 +152,9 @@ TEST(Renderer, PlacesEachMeshByItsTransform)
     Matrix4<double> aside;
     aside.set(0, 3, 3.0);
     Model together = Square(true), apart = Square(true);
-    together.push_back(std::move(Square(true)[0]));
-    apart.push_back(std::move(Square(true)[0]));
-    apart[1]->SetTransformMatrix(aside);
+    together.meshes.push_back(std::move(Square(true).meshes[0]));
+    apart.meshes.push_back(std::move(Square(true).meshes[0]));
+    apart.meshes[1]->SetTransformMatrix(aside);
     EXPECT_NE(Middle(RenderModel(together, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
     EXPECT_EQ(Middle(RenderModel(apart, kFront, kSize)), Middle(Backdrop(kFront, kSize)));
 }
@@ -169,8 +169,86 @@ TEST(Renderer, GivesTheSamePictureWhicheverThreadDrawsARow)
 TEST(Renderer, DrawsAMeshThatProvidesNoNeighbours)
 {
     Model light = Tetrahedron(1);
-    light[0]->PostProcess(false, false, false, false, nullptr, nullptr);
+    light.meshes[0]->PostProcess(false, false, false, false, nullptr, nullptr);
     EXPECT_GT(CountDrawnPixels(light, kViews[0]), 300);
+}
+
+/// A square that faces the viewer in two triangles, the lower right one of the first group, the upper left
+/// one of the second.
+Model SquareOfTwoGroups()
+{
+    Model model = Square(true);
+    model.groups.resize(2);
+    for (int i = 0; i < 2; ++i) {
+        model.groups[size_t(i)].firstFaceIndex = i;
+        model.groups[size_t(i)].faceCount = 1;
+    }
+    return model;
+}
+
+constexpr QPoint kLowerRight(34, 24), kUpperLeft(26, 16);
+
+bool IsGreen(QRgb pixel)
+{
+    return qGreen(pixel) > qRed(pixel) + 50 && qGreen(pixel) > qBlue(pixel) + 50;
+}
+
+TEST(Renderer, ShowsEachGroupInItsColour)
+{
+    Model model = SquareOfTwoGroups();
+    model.groups[1].material.setDiffuse({0, 1, 0});
+    const QImage image = RenderModel(model, kFront, kSize);
+    EXPECT_TRUE(IsGreen(image.pixel(kUpperLeft)));
+    EXPECT_EQ(image.pixel(kLowerRight), RenderModel(Square(true), kFront, kSize).pixel(kLowerRight));
+}
+
+TEST(Renderer, ShowsOneColourWhenTheGroupsDoNotFitTheFaces)
+{
+    Model model = SquareOfTwoGroups();
+    for (MeshTextureGroup& group : model.groups)
+        group.material.setDiffuse({0, 1, 0});
+    model.groups[1].faceCount = 2'000'000'000;
+    EXPECT_EQ(RenderModel(model, kFront, kSize), RenderModel(Square(true), kFront, kSize));
+}
+
+/// The left half of the texture is red, the right half green.
+void AddTexture(Model& model)
+{
+    QImage picture(2, 1, QImage::Format_RGB32);
+    picture.setPixel(0, 0, 0xFFFF0000);
+    picture.setPixel(1, 0, 0xFF00FF00);
+    for (MeshTextureGroup& group : model.groups)
+        EXPECT_TRUE(group.material.diffuseTexture.load(picture, false, false, false, 0));
+    // The same corners as the square's, a quarter further in, where the texels' colours are pure.
+    *model.meshes[0]->GetTexCoordVecPtr() = {{0.25F, 0}, {0.75F, 0}, {0.75F, 1}, {0.25F, 1}};
+    *model.meshes[0]->GetTextureFacesVecPtr() = *model.meshes[0]->GetFacesVecPtr();
+}
+
+TEST(Renderer, LaysTheTextureOnTheFaces)
+{
+    Model model = SquareOfTwoGroups();
+    AddTexture(model);
+    const QImage image = RenderModel(model, kFront, kSize);
+    const QPoint left(18, 20), right(42, 20), middle(30, 20);
+    EXPECT_GT(qRed(image.pixel(left)), qGreen(image.pixel(left)) + 100);
+    EXPECT_GT(qGreen(image.pixel(right)), qRed(image.pixel(right)) + 100);
+    EXPECT_LT(qAbs(qRed(image.pixel(middle)) - qGreen(image.pixel(middle))), 40);
+}
+
+TEST(Renderer, ShowsTheDiffuseColourWhenTextureFacesDoNotFit)
+{
+    const std::vector<TriangleFace> hostile[] = {
+        {{0, 1, 2}}, {{0, 1, 2}, {0, 1, 4}}, {{0, 1, 2}, {0, -1, 2}}, {{0, 1, 2}, {0, 1, 2'000'000'000}}};
+    for (const std::vector<TriangleFace>& textureFaces : hostile) {
+        Model model = SquareOfTwoGroups();
+        AddTexture(model);
+        for (MeshTextureGroup& group : model.groups)
+            group.material.setDiffuse({0, 1, 0});
+        *model.meshes[0]->GetTextureFacesVecPtr() = textureFaces;
+        const QImage image = RenderModel(model, kFront, kSize);
+        EXPECT_TRUE(IsGreen(image.pixel(kUpperLeft)));
+        EXPECT_TRUE(IsGreen(image.pixel(kLowerRight)));
+    }
 }
 
 Scene SceneOf(const Model& model)

@@ -22,6 +22,15 @@ TEST(TextTable, ARemarkBesideANameWidensNoColumn)
                                                "  b  1  2\n"));
 }
 
+TEST(TextTable, PutsTheColumnsToTheSideAskedForAndEndsLinesWithoutBlanks)
+{
+    krmodel::TextTable table("rl");
+    table.AddRow({QStringLiteral("1"), QStringLiteral("one"), QStringLiteral("3")});
+    table.AddRow({QStringLiteral("12"), QStringLiteral("a"), QString()});
+    EXPECT_EQ(table.ToString(), QStringLiteral("   1  one  3\n"
+                                               "  12  a\n"));
+}
+
 TEST(TextTable, WithoutRowsIsEmpty)
 {
     EXPECT_EQ(krmodel::TextTable().ToString(), QString());

@@ -248,6 +248,7 @@ private:
                 }
                 if (best < 0) {
                     unmatched.push_back({edge, start, end});
+                    ++m_result.waitingEdges;
                     continue;
                 }
                 m_result.movedAtMost = std::max(m_result.movedAtMost, bestDistance);

@@ -14,6 +14,7 @@ struct PlainStitchResult {
     int linkedEdges = 0;   ///< half-edges with a partner
     int tolerantLinks = 0; ///< pairs linked by a tolerant pass
     int reachLinks = 0;    ///< pairs linked across the borders of cells
+    int waitingEdges = 0;  ///< edges that found no partner at first when the borders of cells were crossed
     bool wasTurnedOver = false;
     float movedAtMost =
         0; ///< the longest way, on one axis, from where an edge lay when it was filed to where it was snapped
