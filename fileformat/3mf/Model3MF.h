@@ -15,7 +15,7 @@ class Mesh;
 class QXmlStreamReader;
 
 namespace kr::package3mf {
-class ObjectIndex;
+class Placements;
 class SetAsideElements;
 } // namespace kr::package3mf
 
@@ -190,11 +190,11 @@ private:
     void ReadModel(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside);
     void ReadMetadata(QXmlStreamReader& reader);
     void ReadObject(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside,
-                    kr::package3mf::ObjectIndex& index);
+                    kr::package3mf::Placements& placements);
     void ReadMesh(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside, Mesh& mesh);
     static void ReadComponents(QXmlStreamReader& reader, int componentsId,
-                               kr::package3mf::ObjectIndex& index);
-    static void ReadBuild(QXmlStreamReader& reader, kr::package3mf::ObjectIndex& index);
+                               kr::package3mf::Placements& placements);
+    static void ReadBuild(QXmlStreamReader& reader, kr::package3mf::Placements& placements);
 
     QString m_modelExtension;
     QString m_relsExtension;

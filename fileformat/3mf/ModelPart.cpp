@@ -1,19 +1,20 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <QXmlStreamReader>
 
 #include "core/mesh/Mesh.h"
 #include "fileformat/3mf/Model3MF.h"
-#include "fileformat/3mf/ObjectIndex_p.h"
+#include "fileformat/3mf/Placements_p.h"
 #include "fileformat/3mf/SetAside_p.h"
 
 namespace {
 
 using kr::package3mf::ElementRow;
-using kr::package3mf::ObjectIndex;
+using kr::package3mf::Placements;
 using kr::package3mf::SetAsideElements;
 
 constexpr float kReaderMergeDistanceMm = 0.03f;
@@ -142,7 +143,7 @@ bool Model3MF::LoadModel(const QByteArray& data)
 
 void Model3MF::ReadModel(QXmlStreamReader& reader, SetAsideElements& setAside)
 {
-    ObjectIndex index(m_objects);
+    Placements placements(m_objects);
     while (!reader.atEnd()) {
         if (reader.readNext() != QXmlStreamReader::StartElement)
             continue;
@@ -156,9 +157,9 @@ void Model3MF::ReadModel(QXmlStreamReader& reader, SetAsideElements& setAside)
         else if (reader.name() == QLatin1String("base"))
             m_material.colors.push_back(attributes.Text("displaycolor"));
         else if (reader.name() == QLatin1String("object"))
-            ReadObject(reader, setAside, index);
+            ReadObject(reader, setAside, placements);
         else if (reader.name() == QLatin1String("build"))
-            ReadBuild(reader, index);
+            ReadBuild(reader, placements);
     }
 }
 
@@ -172,19 +173,19 @@ void Model3MF::ReadMetadata(QXmlStreamReader& reader)
 bool Model3MF::ParserObject(QXmlStreamReader& reader)
 {
     SetAsideElements nothing;
-    ObjectIndex index(m_objects);
-    ReadObject(reader, nothing, index);
+    Placements placements(m_objects);
+    ReadObject(reader, nothing, placements);
     return true;
 }
 
-void Model3MF::ReadObject(QXmlStreamReader& reader, SetAsideElements& setAside, ObjectIndex& index)
+void Model3MF::ReadObject(QXmlStreamReader& reader, SetAsideElements& setAside, Placements& placements)
 {
     const Attributes attributes(reader);
     const int id = attributes.Integer("id");
     const QString name = attributes.Text("name");
     AdvanceTo(reader, {"components", "mesh", "object"});
     if (reader.name() == QLatin1String("components")) {
-        ReadComponents(reader, id, index);
+        ReadComponents(reader, id, placements);
         return;
     }
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
@@ -192,7 +193,7 @@ void Model3MF::ReadObject(QXmlStreamReader& reader, SetAsideElements& setAside, 
     mesh->SetObjectName(name);
     ReadMesh(reader, setAside, *mesh);
     m_objects.push_back(mesh.get());
-    index.Add(*mesh.release());
+    (void)mesh.release();
 }
 
 void Model3MF::ReadMesh(QXmlStreamReader& reader, SetAsideElements& setAside, Mesh& mesh)
@@ -216,45 +217,41 @@ void Model3MF::ReadMesh(QXmlStreamReader& reader, SetAsideElements& setAside, Me
 
 bool Model3MF::ParserComponent(QXmlStreamReader& reader, int componentsId)
 {
-    ObjectIndex index(m_objects);
-    ReadComponents(reader, componentsId, index);
+    Placements placements(m_objects);
+    ReadComponents(reader, componentsId, placements);
     return true;
 }
 
-void Model3MF::ReadComponents(QXmlStreamReader& reader, int componentsId, ObjectIndex& index)
+void Model3MF::ReadComponents(QXmlStreamReader& reader, int componentsId, Placements& placements)
 {
     AdvanceTo(reader, {"component", "components"});
     for (; !IsEndOf(reader, "object"); reader.readNext()) {
         if (!IsStartOf(reader, "component"))
             continue;
         const Attributes attributes(reader);
-        const int objectId = attributes.Integer("objectid");
-        index.SetComponentsId(objectId, componentsId);
-        if (!attributes.Has("transform"))
-            continue;
-        const Matrix4<double> transform = TransformFrom(attributes);
-        for (Mesh* const mesh : index.WithObjectId(objectId))
-            mesh->SetTransformMatrix(transform);
+        std::optional<Matrix4<double>> transform;
+        if (attributes.Has("transform"))
+            transform = TransformFrom(attributes);
+        placements.PutIntoComponents(attributes.Integer("objectid"), componentsId,
+                                     transform ? &*transform : nullptr);
     }
 }
 
 bool Model3MF::ParserBuild(QXmlStreamReader& reader)
 {
-    ObjectIndex index(m_objects);
-    ReadBuild(reader, index);
+    Placements placements(m_objects);
+    ReadBuild(reader, placements);
     return true;
 }
 
-void Model3MF::ReadBuild(QXmlStreamReader& reader, ObjectIndex& index)
+void Model3MF::ReadBuild(QXmlStreamReader& reader, Placements& placements)
 {
     AdvanceTo(reader, {"item", "build"});
     for (; !IsEndOf(reader, "build"); reader.readNext()) {
         const Attributes attributes(reader);
         if (!IsStartOf(reader, "item") || !attributes.Has("transform"))
             continue;
-        const Matrix4<double> transform = TransformFrom(attributes);
-        for (Mesh* const mesh : index.WithEitherId(attributes.Integer("objectid")))
-            mesh->SetTransformMatrix(mesh->GetTransformMatrix() * transform);
+        placements.Multiply(attributes.Integer("objectid"), TransformFrom(attributes));
     }
 }
 
