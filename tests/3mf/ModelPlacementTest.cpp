@@ -381,9 +381,10 @@ TEST(Model3MFPlacement, PutsAHundredThousandObjectsIntoAHundredThousandComponent
         lastComponentOf[named[static_cast<std::size_t>(i)]] = i;
     const std::vector<int> ids = ManyIds();
     std::vector<int> members;
-    ASSERT_EQ(model.GetObjects().size(), ids.size());
+    const std::vector<Mesh*> meshes = model.GetObjects();
+    ASSERT_EQ(meshes.size(), ids.size());
     for (std::size_t i = 0; i < ids.size(); ++i) {
-        const Mesh& mesh = model.Object(i);
+        const Mesh& mesh = *meshes[i];
         ASSERT_EQ(mesh.GetObjectID(), ids[i]);
         const auto last = lastComponentOf.find(ids[i]);
         const bool isPlaced = last != lastComponentOf.end();
@@ -409,9 +410,10 @@ TEST(Model3MFPlacement, PlacesManyMeshesOfOneIdManyTimes)
     }
     OwnedModel model;
     Load(model, content + Components(3, components) + Build(items) + content + Build(Item(0, kMove)));
-    ASSERT_EQ(model.GetObjects().size(), 80'000U);
-    for (std::size_t i = 0; i < 80'000; ++i) {
-        ASSERT_EQ(model.Object(i).GetComponentsId(), i < 40'000 ? 3 : -1);
-        ASSERT_TRUE(test::HaveSameNumbers(model.Object(i).GetTransformMatrix(), Matrix(kMove)));
+    const std::vector<Mesh*> meshes = model.GetObjects();
+    ASSERT_EQ(meshes.size(), 80'000U);
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        ASSERT_EQ(meshes[i]->GetComponentsId(), i < 40'000 ? 3 : -1);
+        ASSERT_TRUE(test::HaveSameNumbers(meshes[i]->GetTransformMatrix(), Matrix(kMove)));
     }
 }
