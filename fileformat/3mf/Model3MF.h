@@ -97,6 +97,7 @@ public:
     /// them. A "model" without a unit leaves an empty one.
     /// @return false when @p data is no well-formed XML. Meshes and all else that came before the error stay,
     ///         the mesh in which it occurs included
+    /// @throws std::bad_alloc when memory runs out; all meshes but the one being read stay
     [[nodiscard]] bool LoadModel(const QByteArray& data);
 
     /// The parsers of single elements, for a host that drives a reader itself. Each expects the reader on the

@@ -53,29 +53,35 @@ const char* SkipDeclaration(std::string_view document)
     return document.data() + size + 2;
 }
 
-// About where the row that begins at @p begin ends: looks in steps whether there still are elements of its
-// kind.
-const char* GuessEnd(const char* begin, const char* end, std::string_view tag)
+// About where a row ends that reaches to @p position at least: looks in steps whether there still are
+// elements of its kind.
+const char* GuessEnd(const char* position, const char* end, std::string_view tag)
 {
     constexpr std::ptrdiff_t kStep = 32'768;
     constexpr std::size_t kLongestElement = 512;
-    for (; end - begin > kStep; begin += kStep) {
-        const std::string_view window(begin, kLongestElement);
+    for (; end - position > kStep; position += kStep) {
+        const std::string_view window(position, kLongestElement);
         if (window.find(tag) == std::string_view::npos)
-            return begin;
+            return position;
     }
     return end;
 }
 
-// Makes room for as many elements as the row seems to have, judging from its first ones.
+// Makes room for as many elements as the row seems to have, judging from those that it has between @p begin
+// and
+// @p position. Not for many times as many: of short rows that stand close together each one seems to go on to
+// the end of the document.
 template<class Element>
 void MakeRoom(std::vector<Element>& row, const char* begin, const char* position, const char* end,
               std::string_view tag)
 {
-    const auto rowBytes = static_cast<std::size_t>(GuessEnd(begin, end, tag) - begin);
-    const auto sampledBytes = static_cast<std::size_t>(position - begin);
-    const std::size_t expected = rowBytes * row.size() / sampledBytes;
-    ReserveLarge(row, expected + expected / 16);
+    constexpr std::ptrdiff_t kMostTimes = 64;
+    const std::ptrdiff_t readBytes = position - begin;
+    const std::ptrdiff_t sightBytes = std::min(end - position, kMostTimes * readBytes);
+    const auto restBytes =
+        static_cast<std::size_t>(GuessEnd(position, position + sightBytes, tag) - position);
+    const std::size_t rest = restBytes * row.size() / static_cast<std::size_t>(readBytes);
+    ReserveLarge(row, row.size() + std::max(row.size(), rest + rest / 16));
 }
 
 // A row in the document.
@@ -98,7 +104,7 @@ Extent ReadRow(const char* begin, const char* end, std::string_view tag,
         row.push_back(element);
         if (row.size() == SetAsideElements::kStaying)
             extent.behindStaying = behind;
-        if (row.size() == kSampled)
+        if (row.size() >= kSampled && row.size() == row.capacity())
             MakeRoom(row, begin, behind, end, tag);
     }
     return extent;

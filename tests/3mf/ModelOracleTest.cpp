@@ -1,3 +1,6 @@
+#include <random>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "fileformat/3mf/SetAside_p.h"
@@ -10,6 +13,25 @@ namespace {
 using kr::package3mf::SetAsideElements;
 using test::PlainModel;
 using test::RandomModelPart;
+
+// Digits before and behind a point, an exponent; now and then without one of them.
+std::string RandomNumber(std::mt19937& random)
+{
+    const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+    const auto digits = [&](unsigned atMost) {
+        std::string text;
+        for (unsigned left = below(atMost + 1); left > 0; --left)
+            text += static_cast<char>('0' + below(10));
+        return text;
+    };
+    const char* const signs[] = {"", "-", "+"};
+    std::string number = signs[below(3)] + digits(below(5) == 0 ? 30 : 9);
+    if (below(4) != 0)
+        number += "." + digits(below(5) == 0 ? 30 : 9);
+    if (below(4) == 0)
+        number += (below(2) == 0 ? "e" : "E") + std::string(signs[below(3)]) + digits(3);
+    return number;
+}
 
 bool SetsAside(const QByteArray& document)
 {
@@ -59,3 +81,22 @@ TEST_P(Model3MFOracle, HoldsWhatThePlainReaderHoldsAfterSeveralParts)
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Model3MFOracle, testing::Range(1u, 61u));
+
+TEST(Model3MFOracleNumbers, ReadsCoordinatesOfAllSpellingsAsThePlainReaderDoes)
+{
+    std::mt19937 random(3);
+    for (int i = 0; i < 100; ++i) {
+        std::string rows;
+        for (int vertex = 0; vertex < 1000; ++vertex)
+            rows += "<vertex x=\"" + RandomNumber(random) + "\" y=\"" + RandomNumber(random) + "\" z=\"" +
+                    RandomNumber(random) + "\"/>";
+        const QByteArray document =
+            QByteArray::fromStdString("<model><object><mesh>" + rows + "</mesh></object></model>");
+        ASSERT_TRUE(SetsAside(document));
+        test::OwnedModel model;
+        PlainModel plain;
+        ASSERT_TRUE(model.LoadModel(document));
+        ASSERT_TRUE(plain.LoadModel(document));
+        ASSERT_EQ(Difference(plain, model), "") << document.toStdString();
+    }
+}

@@ -253,6 +253,27 @@ TEST(Model3MFSetAside, ReadsDocumentsCutShortAnywhereAsPlainly)
         ExpectReadAsPlainly(whole.left(size));
 }
 
+// What follows a short row looks like its end from afar.
+TEST(Model3MFSetAside, MakesNoRoomForTheRestOfTheDocumentInEachShortRow)
+{
+    std::string content;
+    for (int i = 0; i < 400; ++i)
+        content += Vertices(64) + "<other/>";
+    SetAsideElements setAside(Document(content));
+    QXmlStreamReader reader(setAside.Remainder());
+    int rows = 0;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        const ElementRow* const row = setAside.Take(reader);
+        if (!row)
+            continue;
+        ++rows;
+        ASSERT_EQ(row->vertices.size(), 64U);
+        ASSERT_LE(row->vertices.capacity(), 8192U);
+    }
+    EXPECT_EQ(rows, 400);
+}
+
 TEST(Model3MFSetAside, SetsRowsOfManyThousandsAside)
 {
     const QByteArray document = Document(Vertices(100'000) + Triangles(100'000));
