@@ -14,13 +14,14 @@ using kr::package3mf::SetAsideElements;
 using test::PlainModel;
 using test::RandomModelPart;
 
-// Digits before and behind a point, an exponent; now and then without one of them.
+// Digits before and behind a point, an exponent; one number in fifty may lack digits where it needs some.
 std::string RandomNumber(std::mt19937& random)
 {
     const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+    const unsigned fewest = below(50) == 0 ? 0 : 1;
     const auto digits = [&](unsigned atMost) {
         std::string text;
-        for (unsigned left = below(atMost + 1); left > 0; --left)
+        for (unsigned left = fewest + below(atMost); left > 0; --left)
             text += static_cast<char>('0' + below(10));
         return text;
     };
