@@ -1,9 +1,10 @@
 # Sourced by the commands of this project: what they need from Debian, how it gets there, and how they build.
 # shellcheck shell=bash
 
-build_packages=(g++ cmake ninja-build qtbase5-dev libeigen3-dev libboost-dev libcli11-dev)
+build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libeigen3-dev libboost-dev libcli11-dev
+    libquazip1-qt5-dev libdeflate-dev)
 # shellcheck disable=SC2034 # used by those who source this file
-test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev pkg-config qt5-image-formats-plugins locales
+test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev qt5-image-formats-plugins locales
     clang libclang-rt-14-dev)
 # shellcheck disable=SC2034
 style_packages=("${test_packages[@]}" git clang-format clang-tidy)

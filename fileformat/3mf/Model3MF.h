@@ -73,16 +73,16 @@ public:
     /// The entries "[Content_Types].xml", anywhere in the archive, tell the name extension of model parts.
     /// All entries whose names end with it are read by LoadModel(), in the archive's order; the last picture
     /// (.png, .jpg, .jpeg) under "Metadata/" is kept as the image. Upper and lower case differ. Of entries
-    /// with one name the first is read for each. An entry that cannot be opened is passed over; one that
-    /// cannot be inflated to its end counts with what came out before.
+    /// with one name the first is read for each. An entry that cannot be opened is passed over, as is one
+    /// compressed by bzip2, which no package should have; one that cannot be inflated to its end counts with
+    /// what came out before, whatever its check sum is.
     ///
     /// When the content types declare no extension for models, or name the model in an "Override" (which has
     /// none), every entry is taken for a model part, and one that is no XML makes the load fail.
     ///
-    /// @return false when content types or a model part are no well-formed XML, or a model part is larger
-    /// than
-    ///         2,147,483,647 bytes. What was read before stays. A file that is missing or no archive gives
-    ///         true and nothing more: GetObjects() is empty
+    /// @return false when content types or a model part are no well-formed XML, or larger than 2,147,483,615
+    ///         bytes (an image of such a size is passed over). What was read before stays. A file that is
+    ///         missing or no archive gives true and nothing more: GetObjects() is empty
     /// @throws std::bad_alloc when memory runs out; what was read before stays. Memory follows the bytes that
     ///         entries really inflate to, and only needed ones are inflated
     [[nodiscard]] bool LoadFile(const QString& fileName);
@@ -131,9 +131,12 @@ public:
     /// have six significant digits, neither transformed nor scaled. An object is placed by its transform with
     /// the translation replaced by position + offset + @p offset. Unit, metadata, colours and image are this
     /// object's. The relationships name the image as "/Metadata/thumbnail.png" whatever its name is.
+    /// Characters that XML cannot hold are left out. All vertices and faces of the lists are written,
+    /// whatever the counts of the mesh are; no index is checked.
     /// @param objects  with a mesh each
     /// @return false when the archive cannot be created. Later errors of writing are not reported
-    /// @throws std::bad_alloc when memory runs out: the model part is built in memory
+    /// @throws std::bad_alloc when memory runs out, or the model part, which is built in memory, would be
+    ///         larger than 2,147,483,615 bytes. An old file then stays as it was
     [[nodiscard]] bool SaveFile(const QString& fileName, const std::vector<ModelObjectInfo>& objects,
                                 Vector3D<float> offset);
 
