@@ -9,7 +9,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     // No NUL ends these bytes.
-    const auto document = QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const auto document =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
     test::OwnedModel model;
     test::PlainModel plain;
     for (int round = 0; round < 2; ++round) {

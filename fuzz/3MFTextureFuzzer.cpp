@@ -42,7 +42,8 @@ int ParserOf(const QXmlStreamReader& reader)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto document = QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const auto document =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
     QXmlStreamReader reader(document), plainReader(document);
     test::OwnedModel model;
     test::PlainModel plain;
