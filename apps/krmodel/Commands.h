@@ -13,7 +13,4 @@ ExitCode RunConvert(const Arguments& arguments);
 /// Draws a picture of the input. @throws Failure
 ExitCode RunPreview(const Arguments& arguments);
 
-/// Tells the person on the error stream.
-void PrintError(const char* message);
-
 } // namespace krmodel

@@ -10,6 +10,7 @@ enum class ExitCode {
     NotReadable = 3, ///< an input is not a file of its format, or is damaged
     Empty = 4,       ///< an input was read and holds no facet
     WriteFailed = 5, ///< an output could not be written in full
+    Unexpected = 6,  ///< an error that the program does not know of
 };
 
 } // namespace krmodel

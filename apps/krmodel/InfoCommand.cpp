@@ -3,7 +3,7 @@
 #include <QFile>
 
 #include "apps/krmodel/Commands.h"
-#include "apps/krmodel/Failure.h"
+#include "apps/krmodel/Guard.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ModelFile.h"
@@ -104,16 +104,15 @@ ExitCode RunInfo(const Arguments& arguments)
     ExitCode firstFailure = ExitCode::Done;
     bool isFirst = true;
     for (const QString& fileName : arguments.inputs) {
-        try {
+        const ExitCode code = Guard([&] {
             ResetPeakMemory();
             const LoadedModel loaded = LoadModel(fileName);
             std::fputs(isFirst ? "" : "\n", stdout);
             isFirst = false;
             PrintReport(fileName, loaded);
-        } catch (const Failure& failure) {
-            PrintError(failure.what());
-            firstFailure = firstFailure == ExitCode::Done ? failure.GetCode() : firstFailure;
-        }
+            return ExitCode::Done;
+        });
+        firstFailure = firstFailure == ExitCode::Done ? code : firstFailure;
     }
     return firstFailure;
 }

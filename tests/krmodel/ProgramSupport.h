@@ -10,7 +10,15 @@
 #include "tests/common/RunProgram.h"
 
 // The numbers are part of the program's interface.
-enum : int { Done = 0, Usage = 1, CannotOpen = 2, NotReadable = 3, Empty = 4, WriteFailed = 5 };
+enum : int {
+    Done = 0,
+    Usage = 1,
+    CannotOpen = 2,
+    NotReadable = 3,
+    Empty = 4,
+    WriteFailed = 5,
+    Unexpected = 6
+};
 
 inline QString Sample(const char* name)
 {

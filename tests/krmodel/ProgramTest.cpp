@@ -263,7 +263,7 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     for (const char* verb : {"info", "convert", "preview"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
-    for (int code = Done; code <= WriteFailed; ++code)
+    for (int code = Done; code <= Unexpected; ++code)
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1  ").arg(code))) << code;
 }
 

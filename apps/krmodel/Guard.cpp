@@ -1,0 +1,34 @@
+#include "apps/krmodel/Guard.h"
+
+#include <cstdio>
+#include <new>
+
+#include "apps/krmodel/Failure.h"
+
+namespace krmodel {
+
+namespace {
+
+ExitCode Report(ExitCode code, const char* message)
+{
+    std::fprintf(stderr, "krmodel: %s\n", message);
+    return code;
+}
+
+} // namespace
+
+ExitCode Guard(const std::function<ExitCode()>& work)
+{
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        return Report(failure.GetCode(), failure.what());
+    } catch (const std::bad_alloc&) {
+        return Report(ExitCode::NotReadable, "out of memory");
+    } catch (const std::exception& exception) {
+        const std::string message = std::string("stopped by an unexpected error: ") + exception.what();
+        return Report(ExitCode::Unexpected, message.c_str());
+    }
+}
+
+} // namespace krmodel
