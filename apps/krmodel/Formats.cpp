@@ -14,9 +14,9 @@ namespace {
 // A new format is a new row.
 constexpr Format kFormats[] = {
     {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, stl::Load, stl::Save,
-     stl::IsComplete, stl::DeclaresNothing, stl::Variant},
+     stl::IsComplete, stl::Variant},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
-     Variants::TextAlone, obj::Load, obj::Save, obj::IsComplete, nullptr, nullptr},
+     Variants::TextAlone, obj::Load, obj::Save, obj::IsComplete, nullptr},
 };
 
 QStringList SuffixesOf(const Format& format)
@@ -30,6 +30,18 @@ QStringList PointedSuffixesOf(const Format& format)
 }
 
 } // namespace
+
+Refusal NotReadableAs(const char* formatName)
+{
+    return {ExitCode::NotReadable,
+            QStringLiteral("not readable as %1, it is damaged, cut short or of another format")
+                .arg(QLatin1String(formatName))};
+}
+
+Refusal HoldsNoFacet()
+{
+    return {ExitCode::Empty, QStringLiteral("holds no facet")};
+}
 
 const Format* FindFormat(const QString& fileName)
 {

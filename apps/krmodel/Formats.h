@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QString>
 
+#include "apps/krmodel/ExitCode.h"
 #include "core/mesh/Mesh.h"
 #include "core/mesh/MeshTextureGroup.h"
 
@@ -18,6 +20,12 @@ struct Model {
     std::vector<MeshTextureGroup> groups;
 };
 
+/// Why a file gave no model.
+struct Refusal {
+    ExitCode code = ExitCode::NotReadable;
+    QString reason; ///< to stand behind the file's name and a colon
+};
+
 enum class Encoding { Binary, Text };
 enum class Variants { BinaryOrText, TextAlone };
 
@@ -28,19 +36,21 @@ struct Format {
     const char* suffixes; ///< without points, separated by blanks, lower case
     const char* description;
     Variants variants;
-    /// Reads a file; false when it is not readable as this format.
-    bool (*load)(const QString& fileName, Model& model);
+    /// Reads a file; why it could not, if so. A file that was read may hold no facet.
+    std::optional<Refusal> (*load)(const QString& fileName, Model& model);
     /// Writes a model; false when the file cannot be opened for writing.
     bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
     /// Whether the file holds all that save() had to write. The library does not report a full disk.
     bool (*isComplete)(const QString& fileName, const Model& model, Encoding encoding);
-    /// Whether the file is of this format but declares no facet, for a load() that refuses such a file like a
-    /// damaged one; null for one that does not.
-    bool (*declaresNothing)(const QString& fileName);
     /// The variant that the file is in, for the report ("binary", "text"); null for a format that has but
     /// one.
     QString (*variant)(const QString& fileName);
 };
+
+/// The refusal of a file of which nothing is known but that the format's reader could not read it.
+Refusal NotReadableAs(const char* formatName);
+/// The refusal of a file that holds no facet.
+Refusal HoldsNoFacet();
 
 /// The format that the file name's suffix stands for, in any case; null when there is none.
 const Format* FindFormat(const QString& fileName);

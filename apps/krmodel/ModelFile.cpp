@@ -37,7 +37,7 @@ const Format& InputFormat(const QString& fileName)
 
 /// What the library lets pass is a property of the file: a text without normals, counts that no memory
 /// serves.
-bool TryLoad(const Format& format, const QString& fileName, Model& model)
+std::optional<Refusal> TryLoad(const Format& format, const QString& fileName, Model& model)
 {
     try {
         return format.load(fileName, model);
@@ -75,11 +75,6 @@ const Format& OutputFormat(const QString& fileName)
          QStringLiteral("cannot tell the format to write from this suffix; known are ") + KnownSuffixes());
 }
 
-bool DeclaresNothing(const Format& format, const QString& fileName)
-{
-    return format.declaresNothing && format.declaresNothing(fileName);
-}
-
 } // namespace
 
 LoadedModel LoadModel(const QString& fileName)
@@ -89,14 +84,12 @@ LoadedModel LoadModel(const QString& fileName)
     loaded.format = &InputFormat(fileName);
     QElapsedTimer clock;
     clock.start();
-    const bool isRead = TryLoad(*loaded.format, fileName, loaded.model);
+    std::optional<Refusal> refusal = TryLoad(*loaded.format, fileName, loaded.model);
     loaded.seconds = double(clock.nsecsElapsed()) * 1e-9;
-    if (isRead ? !HoldsFacets(loaded.model) : DeclaresNothing(*loaded.format, fileName))
-        Fail(ExitCode::Empty, fileName, QStringLiteral("holds no facet"));
-    if (!isRead)
-        Fail(ExitCode::NotReadable, fileName,
-             QStringLiteral("not readable as %1, it is damaged, cut short or of another format")
-                 .arg(QLatin1String(loaded.format->name)));
+    if (!refusal && !HoldsFacets(loaded.model))
+        refusal = HoldsNoFacet();
+    if (refusal)
+        Fail(refusal->code, fileName, refusal->reason);
     return loaded;
 }
 

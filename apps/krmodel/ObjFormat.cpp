@@ -39,14 +39,14 @@ private:
 
 } // namespace
 
-bool Load(const QString& fileName, Model& model)
+std::optional<Refusal> Load(const QString& fileName, Model& model)
 {
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     if (!OBJFile::LoadFile(fileName, *mesh, model.groups, false, kWholePictures) ||
         !HasStatements(*mesh, model.groups))
-        return false;
+        return NotReadableAs("OBJ");
     model.meshes.push_back(std::move(mesh));
-    return true;
+    return std::nullopt;
 }
 
 bool Save(const QString& fileName, const Model& model, Encoding)

@@ -52,15 +52,24 @@ bool IsEmptyText(QFile& file)
     return text.startsWith("solid") && text.contains("endsolid") && !text.contains("vertex");
 }
 
+/// The reader refuses a file that is of this format but declares no facet like a damaged one.
+bool DeclaresNothing(const QString& fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    return (file.size() == kCountEnd && DeclaredFacets(file) == 0) || IsEmptyText(file);
+}
+
 } // namespace
 
-bool Load(const QString& fileName, Model& model)
+std::optional<Refusal> Load(const QString& fileName, Model& model)
 {
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     if (!STLFile::LoadFile(fileName, *mesh, false, kHeaderSize, false))
-        return false;
+        return DeclaresNothing(fileName) ? HoldsNoFacet() : NotReadableAs("STL");
     model.meshes.push_back(std::move(mesh));
-    return true;
+    return std::nullopt;
 }
 
 bool Save(const QString& fileName, const Model& model, Encoding encoding)
@@ -80,14 +89,6 @@ bool IsComplete(const QString& fileName, const Model& model, Encoding encoding)
         return file.size() == kCountEnd + FacetCount(model) * kRecordSize;
     const qint64 tail = qint64(sizeof kTextEnd) - 1;
     return file.size() >= tail && file.seek(file.size() - tail) && file.readAll() == kTextEnd;
-}
-
-bool DeclaresNothing(const QString& fileName)
-{
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    return (file.size() == kCountEnd && DeclaredFacets(file) == 0) || IsEmptyText(file);
 }
 
 QString Variant(const QString& fileName)

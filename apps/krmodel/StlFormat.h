@@ -5,10 +5,9 @@
 /// The row of STL in the table of formats.
 namespace krmodel::stl {
 
-bool Load(const QString& fileName, Model& model);
+std::optional<Refusal> Load(const QString& fileName, Model& model);
 bool Save(const QString& fileName, const Model& model, Encoding encoding);
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
-bool DeclaresNothing(const QString& fileName);
 QString Variant(const QString& fileName);
 
 } // namespace krmodel::stl
