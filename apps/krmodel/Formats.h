@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include <QByteArray>
+#include <QMap>
 #include <QString>
 
 #include "apps/krmodel/ExitCode.h"
@@ -12,9 +14,32 @@
 
 namespace krmodel {
 
+/// The unit of a file's lengths.
+struct Unit {
+    QString name; ///< as the file spells it; empty when it does not tell
+    double millimetres = 1;
+};
+
+/// Colours that a file names beside its objects.
+struct ColourGroup {
+    int id = -1;                ///< below 0: there is none
+    std::vector<QString> texts; ///< as in the file
+};
+
+/// A picture of the model that a file keeps.
+struct Thumbnail {
+    QString name;     ///< in the file
+    QByteArray bytes; ///< the picture's file as it is; empty: there is none
+};
+
 /// What one file holds.
 struct Model {
-    std::vector<std::unique_ptr<Mesh>> meshes; ///< one an object
+    /// One an object, with its ids, name and transform, in lengths of the unit.
+    std::vector<std::unique_ptr<Mesh>> meshes;
+    Unit unit;
+    QMap<QString, QString> metadata;
+    ColourGroup colours;
+    Thumbnail thumbnail;
     /// Runs of the first mesh's faces with their materials, counted as the file has them: faces may be gone
     /// since. GroupOfEachFace() knows what they are.
     std::vector<MeshTextureGroup> groups;

@@ -5,6 +5,7 @@
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/Placement.h"
 #include "apps/krmodel/Renderer.h"
 
 namespace krmodel {
@@ -36,7 +37,8 @@ void WritePng(const QString& fileName, const QImage& image)
 ExitCode RunPreview(const Arguments& arguments)
 {
     RequirePngName(arguments.output);
-    const LoadedModel loaded = LoadModel(arguments.inputs.first());
+    LoadedModel loaded = LoadModel(arguments.inputs.first());
+    PlaceInMillimetres(loaded.model);
     WritePng(arguments.output, RenderModel(loaded.model, *arguments.view, arguments.size));
     return ExitCode::Done;
 }

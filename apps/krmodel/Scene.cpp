@@ -12,31 +12,19 @@ namespace {
 
 using Box = Eigen::AlignedBox3d;
 
-Eigen::Vector3d Placed(const Matrix4<double>& transform, const Vector3D<float>& vertex)
-{
-    const double x = double(vertex.x), y = double(vertex.y), z = double(vertex.z);
-    const auto row = [&](int i) {
-        return transform.get(i, 0) * x + transform.get(i, 1) * y + transform.get(i, 2) * z +
-               transform.get(i, 3);
-    };
-    return {row(0), row(1), row(2)};
-}
-
 /// In doubles: the extent of a mesh may be beyond the range of a float.
 template<class Visit>
-void ForEachPlacedVertex(const Model& model, Visit visit)
+void ForEachVertex(const Model& model, Visit visit)
 {
-    for (const auto& mesh : model.meshes) {
-        const Matrix4<double> transform = mesh->GetTransformMatrix();
+    for (const auto& mesh : model.meshes)
         for (const Vector3D<float>& vertex : *mesh->GetVerticesVecPtr())
-            visit(Placed(transform, vertex));
-    }
+            visit(Eigen::Vector3d(double(vertex.x), double(vertex.y), double(vertex.z)));
 }
 
 Box BoundsOf(const Model& model)
 {
     Box bounds;
-    ForEachPlacedVertex(model, [&](const Eigen::Vector3d& point) {
+    ForEachVertex(model, [&](const Eigen::Vector3d& point) {
         if (point.allFinite())
             bounds.extend(point);
     });
@@ -48,7 +36,7 @@ void AddPoints(const Model& model, const Box& bounds, const Camera& camera, Scen
     const double radius = bounds.diagonal().norm() / 2;
     const double scale = radius > 0 ? 1 / radius : 1;
     const Eigen::Vector3d centre = bounds.center();
-    ForEachPlacedVertex(model, [&](const Eigen::Vector3d& point) {
+    ForEachVertex(model, [&](const Eigen::Vector3d& point) {
         scene.points.push_back((camera.GetRotation() * (point - centre) * scale).cast<float>());
     });
     scene.groundHeight = float((bounds.min().z() - centre.z()) * scale);
