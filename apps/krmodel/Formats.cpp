@@ -6,6 +6,7 @@
 
 #include "apps/krmodel/ObjFormat.h"
 #include "apps/krmodel/StlFormat.h"
+#include "apps/krmodel/ThreeMfFormat.h"
 
 namespace krmodel {
 
@@ -13,10 +14,12 @@ namespace {
 
 // A new format is a new row.
 constexpr Format kFormats[] = {
-    {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, stl::Load, stl::Save,
-     stl::IsComplete, stl::Variant},
+    {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, Contents::Facets,
+     stl::Load, stl::Save, stl::IsComplete, stl::Variant},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
-     Variants::TextAlone, obj::Load, obj::Save, obj::IsComplete, nullptr},
+     Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr},
+    {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
+     Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr},
 };
 
 QStringList SuffixesOf(const Format& format)

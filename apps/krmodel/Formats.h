@@ -52,7 +52,13 @@ struct Refusal {
 };
 
 enum class Encoding { Binary, Text };
-enum class Variants { BinaryOrText, TextAlone };
+enum class Variants { BinaryOrText, TextAlone, BinaryAlone };
+
+/// What the program reads of a format and writes to it.
+enum class Contents {
+    Facets,  ///< facets, without a unit and in place
+    Objects, ///< objects with names and placements, a unit, and all else that a Model holds
+};
 
 /// What the program can do with one file format. All operations take a file name; exceptions of the library
 /// pass.
@@ -61,6 +67,7 @@ struct Format {
     const char* suffixes; ///< without points, separated by blanks, lower case
     const char* description;
     Variants variants;
+    Contents contents;
     /// Reads a file; why it could not, if so. A file that was read may hold no facet.
     std::optional<Refusal> (*load)(const QString& fileName, Model& model);
     /// Writes a model; false when the file cannot be opened for writing.

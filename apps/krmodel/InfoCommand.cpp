@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 
 #include <QFile>
@@ -7,6 +8,9 @@
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/ObjectTable.h"
+#include "apps/krmodel/Picture.h"
+#include "apps/krmodel/Placement.h"
 #include "apps/krmodel/TextTable.h"
 #include "apps/krmodel/Texts.h"
 
@@ -47,14 +51,13 @@ void AddAxis(TextTable& table, const char* name, float minimum, float maximum)
                   NumberText(double(maximum) - double(minimum))});
 }
 
-void AddBounds(TextTable& table, const MeshBoundingBox& bounds)
+void AddBounds(TextTable& table, const MeshBoundingBox& bounds, const QString& name)
 {
     if (bounds.isEmpty) {
-        table.AddRow({QStringLiteral("bounds"), QStringLiteral("none, no vertex is finite")});
+        table.AddRow({name, QStringLiteral("none, no vertex is finite")});
         return;
     }
-    table.AddRow({QStringLiteral("bounds"), QStringLiteral("minimum"), QStringLiteral("maximum"),
-                  QStringLiteral("size")});
+    table.AddRow({name, QStringLiteral("minimum"), QStringLiteral("maximum"), QStringLiteral("size")});
     AddAxis(table, "x", bounds.minimum.x, bounds.maximum.x);
     AddAxis(table, "y", bounds.minimum.y, bounds.maximum.y);
     AddAxis(table, "z", bounds.minimum.z, bounds.maximum.z);
@@ -75,26 +78,85 @@ void AddTexture(TextTable& table, const MeshReport& report)
     table.AddRow({QStringLiteral("texture faces"), CountText(report.textureFaces) + remark});
 }
 
-void PrintReport(const QString& fileName, const LoadedModel& loaded)
+QString UnitText(const Unit& unit)
 {
-    const MeshReport report = Measure(loaded.model);
+    if (unit.name.isEmpty())
+        return QStringLiteral("not named, taken for millimeter");
+    const bool isKnown = unit.millimetres != 1 || unit.name == QStringLiteral("millimeter");
+    return NameText(unit.name) + (isKnown ? QStringLiteral(", %1 mm").arg(NumberText(unit.millimetres))
+                                          : QStringLiteral(", not known, taken for millimeter"));
+}
+
+/// "3: #FF0000 #00FF00 #0000FF"
+QString ColoursText(const std::vector<QString>& colours)
+{
+    constexpr size_t kMostColours = 8;
+    QString text = CountText(qint64(colours.size())) + QLatin1Char(':');
+    for (size_t i = 0; i < std::min(colours.size(), kMostColours); ++i)
+        text += QLatin1Char(' ') + NameText(colours[i]);
+    return colours.size() > kMostColours ? text + QStringLiteral(" ...") : text;
+}
+
+QString ThumbnailText(const Thumbnail& thumbnail)
+{
+    const QSize size = PictureSize(thumbnail.bytes);
+    const QString pixels = size.isEmpty() ? QStringLiteral("not a picture that can be shown")
+                                          : QStringLiteral("%1 x %2").arg(size.width()).arg(size.height());
+    return QStringLiteral("%1, %2 bytes, %3")
+        .arg(NameText(thumbnail.name), CountText(thumbnail.bytes.size()), pixels);
+}
+
+/// What the file says of its objects together. Their places and sizes are told in millimetres below.
+void AddPackage(TextTable& table, const Model& model)
+{
+    table.AddRow({QStringLiteral("unit"), UnitText(model.unit)});
+    table.AddRow({QStringLiteral("objects"), CountText(qint64(model.meshes.size()))});
+    if (!model.colours.texts.empty())
+        table.AddRow({QStringLiteral("colours"), ColoursText(model.colours.texts)});
+    if (!model.thumbnail.bytes.isEmpty())
+        table.AddRow({QStringLiteral("thumbnail"), ThumbnailText(model.thumbnail)});
+}
+
+void AddSurface(TextTable& table, const MeshReport& report, bool isInMillimetres)
+{
     const QString openEdges =
         report.openEdges == 0 ? QStringLiteral("0, closed") : CountText(report.openEdges);
-    TextTable table;
-    table.AddRow({QStringLiteral("format"), FormatText(*loaded.format, fileName)});
     table.AddRow({QStringLiteral("facets"), CountText(report.facets)});
     table.AddRow({QStringLiteral("vertices"), CountText(report.vertices)});
     AddTexture(table, report);
-    AddBounds(table, report.bounds);
-    table.AddRow({QStringLiteral("volume"), NumberText(report.volume)});
+    AddBounds(table, report.bounds,
+              isInMillimetres ? QStringLiteral("bounds, mm") : QStringLiteral("bounds"));
+    table.AddRow({isInMillimetres ? QStringLiteral("volume, mm³") : QStringLiteral("volume"),
+                  NumberText(report.volume)});
     table.AddRow({QStringLiteral("open edges"), openEdges});
     table.AddRow({QStringLiteral("pieces"), CountText(report.pieces)});
+}
+
+/// The lists below the table, a gap before each.
+QString ListsText(const LoadedModel& loaded, const QString& fileName)
+{
+    QString text;
+    const bool hasObjects = loaded.format->contents == Contents::Objects;
+    for (const QString& list : {hasObjects ? ObjectTable(loaded.model) : QString(),
+                                MetadataTable(loaded.model), MaterialTable(loaded.model, fileName)})
+        text += list.isEmpty() ? QString() : QLatin1Char('\n') + list;
+    return text;
+}
+
+/// Places the model for measuring it, once its own placements have been told.
+void PrintReport(const QString& fileName, LoadedModel& loaded)
+{
+    const bool hasObjects = loaded.format->contents == Contents::Objects;
+    const QString lists = ListsText(loaded, fileName);
+    TextTable table;
+    table.AddRow({QStringLiteral("format"), FormatText(*loaded.format, fileName)});
+    if (hasObjects)
+        AddPackage(table, loaded.model);
+    PlaceInMillimetres(loaded.model);
+    AddSurface(table, Measure(loaded.model), hasObjects);
     table.AddRow({QStringLiteral("read in"), Seconds(loaded.seconds)});
     table.AddRow({QStringLiteral("peak memory"), PeakMemory()});
-    const QString materials = MaterialTable(loaded.model, fileName);
-    const QString gap = materials.isEmpty() ? QString() : QStringLiteral("\n");
-    std::fputs((fileName + QLatin1Char('\n') + table.ToString() + gap + materials).toUtf8().constData(),
-               stdout);
+    std::fputs((fileName + QLatin1Char('\n') + table.ToString() + lists).toUtf8().constData(), stdout);
 }
 
 } // namespace
@@ -106,7 +168,7 @@ ExitCode RunInfo(const Arguments& arguments)
     for (const QString& fileName : arguments.inputs) {
         const ExitCode code = Guard([&] {
             ResetPeakMemory();
-            const LoadedModel loaded = LoadModel(fileName);
+            LoadedModel loaded = LoadModel(fileName);
             std::fputs(isFirst ? "" : "\n", stdout);
             isFirst = false;
             PrintReport(fileName, loaded);

@@ -13,8 +13,6 @@ namespace krmodel {
 
 namespace {
 
-constexpr size_t kMostLines = 30;
-
 QString DiffuseText(const MeshMaterialInfo& material)
 {
     if (!IsDescribed(material))
@@ -86,10 +84,7 @@ QString MaterialTable(const Model& model, const QString& fileName)
                   QStringLiteral("faces"), QStringLiteral("diffuse"), QStringLiteral("texture")});
     for (size_t i = 0; i < shown; ++i)
         table.AddRow(Cells(uses[i], directory));
-    QString text = table.ToString();
-    if (shown < uses.size())
-        text += QStringLiteral("  and %1 more\n").arg(CountText(qint64(uses.size() - shown)));
-    return text;
+    return table.ToString() + MoreText(uses.size());
 }
 
 } // namespace krmodel

@@ -61,10 +61,20 @@ bool TrySave(const Output& output, const Model& model)
 {
     try {
         return output.format->save(output.fileName, model, output.encoding);
+    } catch (const std::bad_alloc&) {
+        Fail(ExitCode::WriteFailed, output.fileName, QStringLiteral("not written in full, memory ran out"));
     } catch (const std::exception&) {
         Fail(ExitCode::WriteFailed, output.fileName,
              QStringLiteral("writing stopped half-way, the file is not complete"));
     }
+}
+
+/// An object without a name is called as its file, where the format has no names.
+void NameObjects(Model& model, const QString& fileName)
+{
+    for (const auto& mesh : model.meshes)
+        if (mesh->GetObjectName().isEmpty())
+            mesh->SetObjectName(QFileInfo(fileName).completeBaseName());
 }
 
 const Format& OutputFormat(const QString& fileName)
@@ -90,16 +100,24 @@ LoadedModel LoadModel(const QString& fileName)
         refusal = HoldsNoFacet();
     if (refusal)
         Fail(refusal->code, fileName, refusal->reason);
+    if (loaded.format->contents == Contents::Facets)
+        NameObjects(loaded.model, fileName);
     return loaded;
 }
 
 Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding)
 {
     const Format& format = OutputFormat(fileName);
-    const bool hasBinary = format.variants == Variants::BinaryOrText;
-    if (encoding == Encoding::Binary && !hasBinary)
+    const bool hasBinary = format.variants != Variants::TextAlone;
+    const bool hasText = format.variants != Variants::BinaryAlone;
+    const auto refuse = [&](const char* variant) {
         Fail(ExitCode::Usage, fileName,
-             QStringLiteral("%1 has no binary variant").arg(QLatin1String(format.name)));
+             QStringLiteral("%1 has no %2 variant").arg(QLatin1String(format.name), QLatin1String(variant)));
+    };
+    if (encoding == Encoding::Binary && !hasBinary)
+        refuse("binary");
+    if (encoding == Encoding::Text && !hasText)
+        refuse("text");
     return {fileName, &format, encoding.value_or(hasBinary ? Encoding::Binary : Encoding::Text)};
 }
 

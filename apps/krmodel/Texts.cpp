@@ -28,6 +28,12 @@ QString NumberText(double value)
     return QString::number(value, 'g', 7);
 }
 
+QString MoreText(size_t count)
+{
+    return count <= kMostLines ? QString()
+                               : QStringLiteral("  and %1 more\n").arg(CountText(qint64(count - kMostLines)));
+}
+
 QString NameText(const QString& name)
 {
     QString text = name.size() <= kLongestName
