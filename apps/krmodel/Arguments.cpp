@@ -31,10 +31,11 @@ struct RawArguments {
     std::vector<std::string> inputs;
     std::string input;
     std::string output;
-    std::string size = "800x600";
+    std::string size;
     std::string view = kViews[0].name;
     bool isText = false;
     bool isBinary = false;
+    bool wantsThumbnail = false;
 };
 
 std::string AllViewNames()
@@ -110,14 +111,18 @@ void AddPreview(CLI::App& app, RawArguments& raw, Arguments& arguments)
         AddVerb(app, RunPreview, arguments, "preview", "Draw a shaded picture of a model; needs no display");
     verb->add_option("IN", raw.input, "model file to read")->required();
     verb->add_option("OUT.png", raw.output, "picture to write, PNG")->required();
-    verb->add_option("--size", raw.size, "width and height of the picture in pixels")
-        ->capture_default_str()
+    verb->add_option(
+            "--size", raw.size,
+            "width and height of the picture in pixels; with --thumbnail the largest that it may have")
+        ->default_str("800x600")
         ->type_name("WxH")
         ->check(CheckSize);
-    verb->add_option("--view", raw.view, "where to look from: " + AllViewNames())
-        ->capture_default_str()
-        ->type_name("NAME")
-        ->check(CheckView);
+    CLI::Option* view = verb->add_option("--view", raw.view, "where to look from: " + AllViewNames())
+                            ->capture_default_str()
+                            ->type_name("NAME")
+                            ->check(CheckView);
+    verb->add_flag("--thumbnail", raw.wantsThumbnail, "write the picture that the model file keeps instead")
+        ->excludes(view);
 }
 
 void Understand(const RawArguments& raw, Arguments& arguments)
@@ -129,7 +134,9 @@ void Understand(const RawArguments& raw, Arguments& arguments)
     arguments.output = QString::fromStdString(raw.output);
     if (raw.isText || raw.isBinary)
         arguments.encoding = raw.isText ? Encoding::Text : Encoding::Binary;
-    arguments.size = ParseSize(raw.size);
+    if (!raw.size.empty())
+        arguments.size = ParseSize(raw.size);
+    arguments.wantsThumbnail = raw.wantsThumbnail;
     arguments.view = FindView(raw.view);
 }
 

@@ -21,8 +21,9 @@ struct Arguments {
     QStringList inputs;
     QString output;
     std::optional<Encoding> encoding; ///< none when the person did not say
-    QSize size;
+    std::optional<QSize> size;        ///< none when the person did not say
     const View* view = nullptr;
+    bool wantsThumbnail = false;
 };
 
 /// Reads the command line, its texts being UTF-8. Prints help, the version, or what is wrong.

@@ -1,10 +1,10 @@
-#include <QBuffer>
 #include <QFile>
 #include <QImage>
 
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/Picture.h"
 #include "apps/krmodel/Placement.h"
 #include "apps/krmodel/Renderer.h"
 
@@ -18,18 +18,45 @@ void RequirePngName(const QString& fileName)
         throw Failure(ExitCode::Usage, fileName + QStringLiteral(": the picture's name must end in .png"));
 }
 
-void WritePng(const QString& fileName, const QImage& image)
+void WritePng(const QString& fileName, const QByteArray& png)
 {
-    QBuffer png;
-    png.open(QIODevice::WriteOnly);
     QFile file(fileName);
     // Unbuffered, so that a full disk shows in the result of the write.
-    const bool isWritten = image.save(&png, "PNG") &&
-                           file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                           file.write(png.data()) == png.data().size();
+    const bool isWritten = !png.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                           file.write(png) == png.size();
     if (!isWritten)
         throw Failure(ExitCode::WriteFailed,
                       fileName + QStringLiteral(": cannot write: ") + file.errorString());
+}
+
+/// Made smaller, in its proportions, until it fits.
+QImage Shrunk(const QImage& picture, QSize most)
+{
+    // A long strip keeps a pixel of its short side.
+    const QSize size = picture.size().scaled(most, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+/// The picture that the file keeps; made smaller if it does not fit into the size asked for, as it is if it
+/// is a PNG that does.
+QByteArray StoredPicture(const QString& fileName, const Thumbnail& thumbnail, std::optional<QSize> most)
+{
+    if (thumbnail.bytes.isEmpty())
+        throw Failure(ExitCode::Empty, fileName + QStringLiteral(": keeps no thumbnail"));
+    const QImage picture = DecodePicture(thumbnail.bytes);
+    if (picture.isNull())
+        throw Failure(ExitCode::NotReadable,
+                      fileName + QStringLiteral(": its thumbnail is no PNG or JPEG, damaged or too large"));
+    if (most && picture.size().boundedTo(*most) != picture.size())
+        return EncodePng(Shrunk(picture, *most));
+    return IsPng(thumbnail.bytes) ? thumbnail.bytes : EncodePng(picture);
+}
+
+QByteArray Drawing(Model& model, const Arguments& arguments)
+{
+    constexpr QSize kUsualSize(800, 600);
+    PlaceInMillimetres(model);
+    return EncodePng(RenderModel(model, *arguments.view, arguments.size.value_or(kUsualSize)));
 }
 
 } // namespace
@@ -37,9 +64,11 @@ void WritePng(const QString& fileName, const QImage& image)
 ExitCode RunPreview(const Arguments& arguments)
 {
     RequirePngName(arguments.output);
-    LoadedModel loaded = LoadModel(arguments.inputs.first());
-    PlaceInMillimetres(loaded.model);
-    WritePng(arguments.output, RenderModel(loaded.model, *arguments.view, arguments.size));
+    const QString& input = arguments.inputs.first();
+    LoadedModel loaded = LoadModel(input);
+    WritePng(arguments.output, arguments.wantsThumbnail
+                                   ? StoredPicture(input, loaded.model.thumbnail, arguments.size)
+                                   : Drawing(loaded.model, arguments));
     return ExitCode::Done;
 }
 
