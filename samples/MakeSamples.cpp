@@ -1,8 +1,4 @@
 // Makes the models of this directory: MakeSamples DIRECTORY
-//
-// Most are skins: closed rings of points, one above the other, joined by bands of triangles. Angles run
-// counter-clockwise seen from above, rings from the inside of the model's section over its outside; so the
-// triangles face outwards.
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -12,49 +8,11 @@
 
 #include "fileformat/stl/STLFile.h"
 #include "samples/Balloon.h"
+#include "samples/Bolt.h"
 #include "samples/Rings.h"
+#include "samples/Soup.h"
 
 namespace {
-
-using Soup = std::vector<Point>; ///< three corners a triangle
-
-void AddTriangle(Soup& soup, const Point& a, const Point& b, const Point& c)
-{
-    soup.insert(soup.end(), {a, b, c});
-}
-
-void AddQuad(Soup& soup, const Point& a, const Point& b, const Point& c, const Point& d)
-{
-    AddTriangle(soup, a, b, c);
-    AddTriangle(soup, a, c, d);
-}
-
-/// Joins two rings of equally many points. Seen from outside, @p upper lies above @p lower.
-void AddBand(Soup& soup, const Ring& lower, const Ring& upper)
-{
-    for (size_t i = 0; i < lower.size(); ++i) {
-        const size_t next = (i + 1) % lower.size();
-        AddQuad(soup, lower[i], lower[next], upper[next], upper[i]);
-    }
-}
-
-void AddBands(Soup& soup, const std::vector<Ring>& rings)
-{
-    for (size_t i = 1; i < rings.size(); ++i)
-        AddBand(soup, rings[i - 1], rings[i]);
-}
-
-/// Closes a ring with a fan around @p centre that faces upwards.
-void AddLid(Soup& soup, const Ring& ring, const Point& centre)
-{
-    for (size_t i = 0; i < ring.size(); ++i)
-        AddTriangle(soup, ring[i], ring[(i + 1) % ring.size()], centre);
-}
-
-void AddFloor(Soup& soup, const Ring& ring, const Point& centre)
-{
-    AddLid(soup, Ring(ring.rbegin(), ring.rend()), centre);
-}
 
 // One tooth of the gear and the gap before it: where on the pitch, and how far from root (0) to tip (1).
 struct ToothPoint {
@@ -257,6 +215,7 @@ int main(int argc, char** argv)
     }
     const QString directory = QString::fromUtf8(argv[1]) + QLatin1Char('/');
     bool isWritten = WriteBalloon(directory);
+    isWritten = WriteBolt(directory) && isWritten;
     for (const Sample& sample : kSamples)
         isWritten =
             STLFile::SaveFile(directory + QLatin1String(sample.fileName), sample.make(), sample.isText, 80) &&

@@ -29,6 +29,18 @@ protected:
     }
 };
 
+TEST_F(Krmodel3mf, InfoPrintsTheSample)
+{
+    const ProgramRun run = InfoOfSample("bolt.3mf");
+    EXPECT_EQ(run.exitCode, Done);
+    EXPECT_EQ(Cell(run, "unit"), QStringLiteral("inch, 25.4 mm"));
+    EXPECT_EQ(Cell(run, "z"), QStringLiteral("0 46.0375 46.0375"));
+    EXPECT_EQ(Cell(run, "open edges"), QStringLiteral("0, closed"));
+    EXPECT_EQ(Cell(run, "     2"), QString::fromUtf8("nut 768 moved by 2 0.75 0, rotated by 30° about z"));
+    EXPECT_EQ(Cell(run, "Title"), QStringLiteral("Half-inch bolt and nut"));
+    EXPECT_TRUE(Cell(run, "thumbnail").endsWith(QStringLiteral(" bytes, 176 x 96")));
+}
+
 TEST_F(Krmodel3mf, InfoPrintsUnitObjectsAndPlacements)
 {
     WritePackage("in.3mf", ModelText("inch", ObjectText(3, "bolt") + ObjectText(7, "nut") + ObjectText(9, ""),
