@@ -51,21 +51,6 @@ TEST_F(KrmodelObj, InfoPrintsTheSampleWithItsMaterials)
     EXPECT_EQ(Cell(run, "brass"), QStringLiteral("1 1,864 256 0.8 0.62 0.25"));
 }
 
-TEST_F(KrmodelObj, ReadmeShowsWhatInfoPrintsOfTheSample)
-{
-    const ProgramRun run = RunProgram(QStringLiteral(KRMODEL_PROGRAM), Words("info samples/balloon.obj"),
-                                      QStringLiteral(KRCORE_SOURCES));
-    QFile file(QStringLiteral(KRCORE_SOURCES "/README.md"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    // Times and memory differ from run to run.
-    const QRegularExpression varying(QStringLiteral("  (read in|peak memory) .*\n"));
-    const QString readme = QString::fromUtf8(file.readAll()).remove(varying),
-                  shown = QString(run.output).remove(varying);
-    EXPECT_TRUE(readme.contains(QStringLiteral("$ krmodel info samples/balloon.obj\n") + shown))
-        << shown.toStdString();
-    EXPECT_EQ(shown.count(QLatin1Char('\n')), 20);
-}
-
 TEST_F(KrmodelObj, InfoSaysNothingOfMaterialsAndTexturesThatAreNotThere)
 {
     Write("plain.obj", kCorners + QByteArray("f 1 2 3 4\n"));
