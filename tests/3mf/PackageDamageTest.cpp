@@ -1,10 +1,7 @@
 #include <algorithm>
-#include <cstring>
 #include <random>
 
 #include <gtest/gtest.h>
-#include <quazip.h>
-#include <quazipfileinfo.h>
 
 #include "fuzz/MemoryFile.h"
 #include "tests/3mf/PackageSupport.h"
@@ -35,35 +32,6 @@ private:
     std::mt19937 m_engine;
 };
 
-testing::AssertionResult AreEqual(const Mesh& mesh, const Mesh& expected)
-{
-    const auto areSame = [](const auto& a, const auto& b) {
-        return a.size() == b.size() &&
-               (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0);
-    };
-    if (mesh.GetObjectID() != expected.GetObjectID() || mesh.GetObjectName() != expected.GetObjectName())
-        return testing::AssertionFailure() << "another object";
-    if (!areSame(*mesh.GetVerticesVecPtr(), *expected.GetVerticesVecPtr()) ||
-        !areSame(*mesh.GetFacesVecPtr(), *expected.GetFacesVecPtr()))
-        return testing::AssertionFailure() << "other lists";
-    return testing::AssertionSuccess();
-}
-
-void ExpectEqual(const OwnedPackage& package, const OwnedPackage& expected)
-{
-    EXPECT_EQ(package.GetModelExtension(), expected.GetModelExtension());
-    EXPECT_EQ(package.GetRelsExtension(), expected.GetRelsExtension());
-    EXPECT_EQ(package.ImageName(), expected.ImageName());
-    EXPECT_EQ(package.Image(), expected.Image());
-    EXPECT_EQ(package.GetUnit(), expected.GetUnit());
-    EXPECT_EQ(package.GetDescription(), expected.GetDescription());
-    const std::vector<Mesh*> meshes = package.GetObjects();
-    const std::vector<Mesh*> expectedMeshes = expected.GetObjects();
-    ASSERT_EQ(meshes.size(), expectedMeshes.size());
-    for (std::size_t i = 0; i < meshes.size(); ++i)
-        EXPECT_TRUE(AreEqual(*meshes[i], *expectedMeshes[i]));
-}
-
 /// Compares the two readers on one archive after the other, and counts what they found.
 class Comparison {
 public:
@@ -72,13 +40,13 @@ public:
         m_file.Write(reinterpret_cast<const std::uint8_t*>(archive.constData()),
                      static_cast<std::size_t>(archive.size()));
         const QString path = m_file.Name();
-        if (IsTooMuchForPlainReader(path))
+        if (!test::PlainPackage::CanLoad(path))
             return;
         OwnedPackage package;
-        OwnedPackage expected;
+        test::PlainPackage plain;
         const bool isLoaded = package.LoadFile(path);
-        ASSERT_EQ(isLoaded, test::LoadPlainly(expected, path));
-        ExpectEqual(package, expected);
+        ASSERT_EQ(isLoaded, plain.LoadFile(path));
+        ASSERT_EQ(Difference(plain, package), "");
         ++m_compared;
         m_failed += isLoaded ? 0 : 1;
         m_withObjects += package.GetObjects().empty() ? 0 : 1;
@@ -91,19 +59,6 @@ public:
     int WithImage() const { return m_withImage; }
 
 private:
-    // It does not get past a name that is empty, and hangs in what is compressed by bzip2 and cut short.
-    static bool IsTooMuchForPlainReader(const QString& path)
-    {
-        constexpr int kBzip2 = 12;
-        QuaZip archive(path);
-        if (!archive.open(QuaZip::mdUnzip))
-            return false;
-        const QList<QuaZipFileInfo64> entries = archive.getFileInfoList64();
-        return std::any_of(entries.begin(), entries.end(), [](const QuaZipFileInfo64& entry) {
-            return entry.name.isEmpty() || entry.method == kBzip2;
-        });
-    }
-
     fuzz::MemoryFile m_file;
     int m_compared = 0;
     int m_failed = 0;
@@ -158,7 +113,7 @@ TEST(PackageDamage, ChangedBytesLoadAsByPlainReader)
     const QByteArray archive = PackageOfEverything().Bytes("comment");
     Random random(7);
     Comparison comparison;
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 1500; ++i) {
         QByteArray changed = archive;
         for (int left = 1 + random.Below(3); left > 0; --left) {
             // Half of the changes go to the directory at the end, where they matter most.
@@ -167,10 +122,10 @@ TEST(PackageDamage, ChangedBytesLoadAsByPlainReader)
         }
         ASSERT_NO_FATAL_FAILURE(comparison.Add(changed)) << i;
     }
-    EXPECT_GT(comparison.Compared(), 2500);
-    EXPECT_GT(comparison.Failed(), 100);
-    EXPECT_GT(comparison.WithObjects(), 1000);
-    EXPECT_GT(comparison.WithImage(), 1000);
+    EXPECT_GT(comparison.Compared(), 1200);
+    EXPECT_GT(comparison.Failed(), 50);
+    EXPECT_GT(comparison.WithObjects(), 500);
+    EXPECT_GT(comparison.WithImage(), 500);
 }
 
 TEST(PackageDamage, EntriesThatLieLoadAsByPlainReader)

@@ -7,23 +7,15 @@
 
 #include "core/mesh/Mesh.h"
 #include "fileformat/3mf/Model3MF.h"
+#include "tests/3mf/ModelSupport.h"
 #include "tests/3mf/ZipBuilder.h"
 #include "tests/common/Directory.h"
 
 namespace test {
 
-/// A package that deletes its meshes, as hosts have to.
-class OwnedPackage : public Model3MF {
+/// A package of files that are only bytes as yet.
+class OwnedPackage : public OwnedModel {
 public:
-    OwnedPackage() = default;
-    OwnedPackage(const OwnedPackage&) = delete;
-    OwnedPackage& operator=(const OwnedPackage&) = delete;
-    ~OwnedPackage()
-    {
-        for (const Mesh* const mesh : GetObjects())
-            delete mesh;
-    }
-
     bool LoadBytes(const QByteArray& archive)
     {
         const Directory directory;

@@ -1,9 +1,11 @@
 #include "tests/3mf/PlainPackageReader.h"
 
+#include <algorithm>
 #include <optional>
 
 #include <JlCompress.h>
 #include <quazipfile.h>
+#include <quazipfileinfo.h>
 
 namespace test {
 
@@ -28,28 +30,54 @@ bool IsImage(const QString& name)
 
 } // namespace
 
-bool LoadPlainly(Model3MF& package, const QString& fileName)
+bool PlainPackage::LoadFile(const QString& fileName)
 {
     const QStringList names = JlCompress::getFileList(fileName);
     for (const QString& name : names) {
         if (!name.endsWith(QStringLiteral("[Content_Types].xml")))
             continue;
         const std::optional<QByteArray> bytes = ReadEntry(fileName, name);
-        if (bytes && !package.LoadContentType(*bytes))
+        if (bytes && !contentTypes.LoadContentType(*bytes))
             return false;
     }
     for (const QString& name : names) {
         const std::optional<QByteArray> bytes = ReadEntry(fileName, name);
         if (!bytes)
             continue;
-        if (name.endsWith(package.GetModelExtension())) {
-            if (!package.LoadModel(*bytes))
+        if (name.endsWith(contentTypes.GetModelExtension())) {
+            if (!model.LoadModel(*bytes))
                 return false;
         } else if (IsImage(name)) {
-            package.SetImage(*bytes, name);
+            imageName = name;
+            image = *bytes;
         }
     }
     return true;
+}
+
+bool PlainPackage::CanLoad(const QString& fileName)
+{
+    constexpr int kBzip2 = 12;
+    QuaZip archive(fileName);
+    if (!archive.open(QuaZip::mdUnzip))
+        return true;
+    const QList<QuaZipFileInfo64> entries = archive.getFileInfoList64();
+    return std::none_of(entries.begin(), entries.end(), [](const QuaZipFileInfo64& entry) {
+        return entry.name.isEmpty() || entry.method == kBzip2;
+    });
+}
+
+std::string Difference(const PlainPackage& plain, const Model3MF& package)
+{
+    if (package.GetModelExtension() != plain.contentTypes.GetModelExtension() ||
+        package.GetRelsExtension() != plain.contentTypes.GetRelsExtension())
+        return "extensions";
+    QString imageName;
+    if (package.GetImage(imageName) != plain.image)
+        return "image";
+    if (imageName != plain.imageName)
+        return "image name";
+    return Difference(plain.model, package);
 }
 
 } // namespace test
