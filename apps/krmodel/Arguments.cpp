@@ -90,7 +90,7 @@ void AddInfo(CLI::App& app, RawArguments& raw, Arguments& arguments)
 {
     CLI::App* verb =
         AddVerb(app, RunInfo, arguments, "info",
-                "Print what model files hold: size, bounds, volume, open edges, pieces, materials");
+                "Print what model files hold: size, bounds, volume, open edges, objects, materials");
     verb->add_option("FILE", raw.inputs, "model files to read")->required();
 }
 
