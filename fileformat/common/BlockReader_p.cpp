@@ -16,7 +16,19 @@ char* DropCarriageReturns(char* begin, char* end)
     return first ? std::remove(static_cast<char*>(first), end, '\r') : end;
 }
 
+// What has no size may still have bytes.
+std::size_t SuitableBlockSize(const QIODevice& device)
+{
+    constexpr qint64 kSmallest = 4096;
+    return static_cast<std::size_t>(
+        std::clamp<qint64>(device.size(), kSmallest, BlockReader::kUsualBlockSize));
+}
+
 } // namespace
+
+BlockReader::BlockReader(QIODevice& device, LineEnds lineEnds)
+    : BlockReader(device, lineEnds, SuitableBlockSize(device))
+{}
 
 BlockReader::BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t blockSize)
     : m_device(device),

@@ -26,7 +26,9 @@ public:
     /// Behind what Buffered() lends as many bytes can be read; they mean nothing.
     static constexpr std::size_t kReadableBehind = 16;
 
-    BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t blockSize = kUsualBlockSize);
+    /// With blocks of the usual size, or of the device's if that is smaller: small files are read often.
+    BlockReader(QIODevice& device, LineEnds lineEnds);
+    BlockReader(QIODevice& device, LineEnds lineEnds, std::size_t blockSize);
 
     /// The next byte, kEndOfInput or kReadFailed; the latter two are final.
     int NextByte()

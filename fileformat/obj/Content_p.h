@@ -20,7 +20,7 @@ struct Content {
     std::vector<TriangleFace> faces;
     std::vector<TriangleFace> textureFaces;
     std::vector<MeshTextureGroup> groups;
-    QString library; ///< named by the last "mtllib"; empty when there is none
+    QString materialLibrary; ///< named by the last "mtllib"; empty when there is none
 };
 
 /// The point of a "v" statement with @p count numbers, three or more. The fourth divides the others if it is

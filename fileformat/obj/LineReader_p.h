@@ -9,6 +9,7 @@ namespace kr::obj {
 
 /// A joined line may have so many bytes; a longer one ends the reading.
 constexpr std::size_t kLongestLine = 0xFFFFF;
+static_assert(BlockReader::kUsualBlockSize <= kLongestLine, "a line within a block is never too long");
 
 /// The logical lines of an OBJ or MTL file, as OBJFile describes them, before they are decoded.
 class LineReader {

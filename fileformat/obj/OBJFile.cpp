@@ -41,8 +41,9 @@ private:
 void AddMaterials(Content& content, const QString& fileName, int textureLoadOption)
 {
     Materials materials;
-    if (content.library.isEmpty() ||
-        !OBJFile::LoadMTLFile(Utility::GetFilePath(fileName) + content.library, materials, textureLoadOption))
+    if (content.materialLibrary.isEmpty() ||
+        !OBJFile::LoadMTLFile(Utility::GetFilePath(fileName) + content.materialLibrary, materials,
+                              textureLoadOption))
         return;
     const MaterialIndex index(materials);
     for (MeshTextureGroup& group : content.groups) {

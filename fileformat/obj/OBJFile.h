@@ -17,13 +17,13 @@ class QTextStream;
 /// and only a file that cannot be opened is a failure. Pipes and devices cannot be opened, plain files only.
 ///
 /// Lines, of OBJ and MTL alike. A line ends at a line feed or a NUL; carriage returns are lost wherever they
-/// stand. A backslash at the end of a line, blanks and tabs behind it allowed, joins the next line on. The
-/// backslash itself is dropped, but for one case: in front of a visible ASCII character (0x21 to 0x7E) one
-/// backslash is kept, however many there were, so "wood\oak.png" stays what it is, and so does a joined line
-/// that begins without a blank: continuation lines are meant to be indented. A joined line of more than
-/// 1,048,575 bytes ends the reading as the end of the file does. Bytes are UTF-8; a byte-order mark at the
-/// beginning of a line is dropped. A line whose first character is '#' is a comment. The blank alone
-/// separates words; a tab does not. Keywords are told by their exact letters.
+/// stand. A backslash at the end of a line, blanks behind it allowed as all but visible ASCII is, joins the
+/// next line on. The backslash itself is dropped, but for one case: in front of a visible ASCII character
+/// (0x21 to 0x7E) one backslash is kept, however many there were, so "wood\oak.png" stays what it is, and so
+/// does a joined line that begins without a blank: continuation lines are meant to be indented. A joined line
+/// of more than 1,048,575 bytes ends the reading as the end of the file does. Bytes are UTF-8; a byte-order
+/// mark at the beginning of a line is dropped. A line whose first character is '#' is a comment. The blank
+/// alone separates words; a tab does not. Keywords are told by their exact letters.
 class KRCORE_FILEFORMAT_EXPORT OBJFile {
 public:
     /// Reads the OBJ file @p fileName into @p mesh, with a group for each "usemtl".
@@ -76,10 +76,10 @@ public:
     /// | map_Kd, map_Ke, map_d | 2 or more | diffuseTexture, emissiveTexture, opacityTexture |
     /// | map_Bump or bump | 2 or more | bumpTexture |
     ///
-    /// Tabs and blanks around a line are dropped; within it only blanks separate. The last statement of a
-    /// kind counts. Pictures are loaded by MeshTextureInfo::load() with the whole statement and the library's
-    /// directory; a picture that several statements name is decoded once and its pixels are shared. A picture
-    /// that cannot be loaded changes nothing else.
+    /// White space of any kind around a line is dropped; within it only blanks separate. The last statement
+    /// of a kind counts. Pictures are loaded by MeshTextureInfo::load() with the whole statement and the
+    /// library's directory; a picture that several statements name is decoded once and its pixels are shared.
+    /// A picture that cannot be loaded changes nothing else.
     ///
     /// @param materials          replaced, also on failure (emptied)
     /// @param textureLoadOption  as in LoadFile()

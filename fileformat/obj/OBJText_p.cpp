@@ -180,7 +180,7 @@ void TextReader::ReadGroup()
 
 void TextReader::ReadLibrary()
 {
-    m_content.library = DecodedWord(m_words[1]);
+    m_content.materialLibrary = DecodedWord(m_words[1]);
 }
 
 } // namespace
