@@ -14,6 +14,12 @@ namespace kr {
 /// not finite is passed over.
 class SignedVolume {
 public:
+    SignedVolume() = default;
+    /// For those who know the first corner that counts.
+    explicit SignedVolume(const Vector3D<float>& origin)
+        : m_origin{double(origin.x), double(origin.y), double(origin.z)}, m_hasOrigin(true)
+    {}
+
     void Add(const Vector3D<float>& a, const Vector3D<float>& b, const Vector3D<float>& c)
     {
         const Vector3D<double> area = CalcAreaVector(a, b, c);
@@ -23,6 +29,9 @@ public:
                             (double(a.z) - m_origin.z) * area.z;
         m_sixfold += std::isfinite(part) ? part : 0.0;
     }
+
+    /// Adds the part of a facet that was worked out elsewhere: six times the volume of its tetrahedron.
+    void AddSixfold(double part) { m_sixfold += part; }
 
     /// Positive when the facets wind counter-clockwise seen from outside.
     double Value() const { return m_sixfold / 6; }

@@ -1,0 +1,98 @@
+#include "fileformat/texture/ImageText_p.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QImageReader>
+#include <QtEndian>
+
+#include "core/utility/ImageTool.h"
+
+namespace kr::texture {
+
+namespace {
+
+constexpr int kBytesPerPixel = 4;
+constexpr int kMostPngBytes = 750'000'000;
+
+// What a mesh takes as a texture; more could be read, but not be handed on.
+constexpr qint64 kMaxSide = 32768;
+constexpr qint64 kMaxPixels = (qint64(1) << 30) / kBytesPerPixel;
+
+bool IsAcceptable(qint64 width, qint64 height)
+{
+    return width > 0 && height > 0 && std::max(width, height) <= kMaxSide && width * height <= kMaxPixels;
+}
+
+// PNG file: signature of 8 bytes, length and name of the first chunk, then
+//   width    uint32, big-endian
+//   height   uint32, big-endian
+// An icon's directory says one size and a PNG file inside may have any other, which is the one that Qt takes.
+bool HasAcceptablePngFiles(const QByteArray& bytes)
+{
+    const QByteArray signature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
+    constexpr int kSizeOffset = 16, kSizeEnd = 24;
+    for (int at = bytes.indexOf(signature); at >= 0; at = bytes.indexOf(signature, at + signature.size())) {
+        if (bytes.size() - at < kSizeEnd)
+            return true; // cut off before it has a size
+        const char* const size = bytes.constData() + at + kSizeOffset;
+        if (!IsAcceptable(qFromBigEndian<quint32>(size), qFromBigEndian<quint32>(size + 4)))
+            return false;
+    }
+    return true;
+}
+
+// A few hundred bytes of file may ask for gigabytes of pixels.
+bool IsAcceptable(const QSize& size, const QByteArray& bytes)
+{
+    // A picture whose rows run from the top has a negative height in BMP files.
+    return IsAcceptable(size.width(), std::abs(qint64(size.height()))) && HasAcceptablePngFiles(bytes);
+}
+
+QImage Decoded(QByteArray bytes)
+{
+    QBuffer file(&bytes);
+    QImageReader reader(&file);
+    return IsAcceptable(reader.size(), bytes) ? reader.read() : QImage();
+}
+
+} // namespace
+
+QString TextOfFile(const QByteArray& png)
+{
+    return png.size() <= kMostPngBytes ? QString::fromLatin1(png.toBase64()) : QString();
+}
+
+QString TextOfImage(const QImage& image)
+{
+    const auto* const bits = reinterpret_cast<const char*>(image.constBits());
+    const QByteArray pixels = QByteArray::fromRawData(bits, static_cast<int>(image.sizeInBytes()));
+    QByteArray png;
+    ImageTool::ConvertToPNGImageBuffer(png, pixels, image.width(), image.height(), QImage::Format_RGB32,
+                                       kBytesPerPixel, QStringLiteral("PNG"));
+    return TextOfFile(png);
+}
+
+QImage ImageOfText(const QString& text)
+{
+    QImage image = Decoded(QByteArray::fromBase64(text.toLatin1()));
+    ImageTool::ConvertToTextureImageAndFixBackground(image);
+    return image;
+}
+
+QImage UprightImage(const QByteArray& pixels, int width, int height)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    if (image.isNull())
+        return image; // there is no memory for it
+    const auto rowBytes = static_cast<std::size_t>(width) * kBytesPerPixel;
+    const char* row = pixels.constData();
+    for (int y = height - 1; y >= 0; --y, row += rowBytes)
+        std::memcpy(image.scanLine(y), row, rowBytes);
+    return image;
+}
+
+} // namespace kr::texture
