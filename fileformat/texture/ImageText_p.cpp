@@ -10,6 +10,7 @@
 #include <QtEndian>
 
 #include "core/utility/ImageTool.h"
+#include "fileformat/texture/Base64_p.h"
 
 namespace kr::texture {
 
@@ -78,7 +79,7 @@ QString TextOfImage(const QImage& image)
 
 QImage ImageOfText(const QString& text)
 {
-    QImage image = Decoded(QByteArray::fromBase64(text.toLatin1()));
+    QImage image = Decoded(BytesOfBase64(text));
     ImageTool::ConvertToTextureImageAndFixBackground(image);
     return image;
 }
