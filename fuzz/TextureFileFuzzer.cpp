@@ -11,17 +11,17 @@
 #include "fileformat/texture/TextureFile.h"
 #include "fuzz/Require.h"
 
-// TextureFile::LoadFromJsonBuffer over any bytes. What was loaded is saved, and must load and be saved again
-// as the same.
+// TextureFile::LoadFromJsonBuffer over any bytes, compared with loading the object that Qt parses from them.
+// What was loaded is saved, and must load and be saved again as the same.
 
 namespace {
 
 using fuzz::Require;
 
 // Pictures of a gigabyte are allowed and would take all the time.
-bool HasLargePicture(const QByteArray& document)
+bool HasLargePicture(const QJsonDocument& document)
 {
-    const QJsonValue text = QJsonDocument::fromJson(document).object().value(QStringLiteral("image_data"));
+    const QJsonValue text = document.object().value(QStringLiteral("image_data"));
     QByteArray picture = QByteArray::fromBase64(text.toString().toLatin1());
     QBuffer file(&picture);
     const QSize size = QImageReader(&file).size();
@@ -45,16 +45,20 @@ extern "C" const char* __lsan_default_suppressions()
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const QByteArray document(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
     if (HasLargePicture(document))
         return 0;
     TextureFile texture;
-    const bool isLoaded = texture.LoadFromJsonBuffer(document);
+    const bool isLoaded = texture.LoadFromJsonBuffer(bytes);
     Require(isLoaded == !texture.GetImage().isNull());
     Require(!isLoaded || texture.GetImage().format() == QImage::Format_RGB32);
     if (texture.getTextureName().isEmpty()) // no document
         return 0;
     const QByteArray saved = SavedBytes(texture);
+    TextureFile parsed;
+    Require(parsed.LoadFromJsonObject(document.object()) == isLoaded);
+    Require(SavedBytes(parsed) == saved);
     TextureFile again;
     Require(again.LoadFromJsonBuffer(saved) == isLoaded);
     Require(again.GetImage() == texture.GetImage());

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include <QByteArray>
 #include <QString>
@@ -27,26 +28,23 @@ constexpr std::array<std::uint8_t, 256> DigitTable()
 constexpr std::array<std::uint8_t, 256> kDigits = DigitTable();
 
 /// Digits of six bits, gathered in groups of four, which make three bytes.
+template<class Unit>
 class Decoder {
+    static_assert(std::is_unsigned_v<Unit>);
+
 public:
-    Decoder(const ushort* begin, const ushort* end, char* out) : m_position(begin), m_end(end), m_out(out) {}
+    Decoder(const Unit* begin, const Unit* end, char* out) : m_position(begin), m_end(end), m_out(out) {}
 
+    bool IsAtEnd() const { return m_position == m_end; }
+    std::ptrdiff_t Left() const { return m_end - m_position; }
     /// The end of the bytes.
-    char* Run()
-    {
-        while (m_position != m_end) {
-            TakeWholeGroups();
-            TakeScatteredGroup();
-        }
-        return m_out;
-    }
+    const char* Out() const { return m_out; }
 
-private:
     // As long as four characters in a row are digits.
     void TakeWholeGroups()
     {
         for (; m_end - m_position >= 4; m_position += 4) {
-            const ushort* const p = m_position;
+            const Unit* const p = m_position;
             if ((p[0] | p[1] | p[2] | p[3]) > 0xff)
                 return;
             const std::uint32_t a = kDigits[p[0]], b = kDigits[p[1]], c = kDigits[p[2]], d = kDigits[p[3]];
@@ -57,7 +55,8 @@ private:
     }
 
     // Four digits wherever they stand, or the last ones; six bits alone make no byte.
-    void TakeScatteredGroup()
+    // @return the number of digits
+    int TakeScatteredGroup()
     {
         std::uint32_t bits = 0;
         int count = 0;
@@ -69,8 +68,10 @@ private:
             ++count;
         }
         Put(bits << 6 * (4 - count), count * 6 / 8);
+        return count;
     }
 
+private:
     // The upper bytes of 24 bits.
     void Put(std::uint32_t bits, int count)
     {
@@ -78,18 +79,43 @@ private:
             *m_out++ = static_cast<char>(bits >> (16 - 8 * i) & 0xff);
     }
 
-    const ushort* m_position;
-    const ushort* m_end;
+    const Unit* m_position;
+    const Unit* m_end;
     char* m_out;
 };
+
+int MostBytes(int textSize)
+{
+    return textSize / 4 * 3 + 3;
+}
 
 } // namespace
 
 QByteArray BytesOfBase64(const QString& text)
 {
-    QByteArray bytes(text.size() / 4 * 3 + 3, Qt::Uninitialized);
-    const char* const end = Decoder(text.utf16(), text.utf16() + text.size(), bytes.data()).Run();
-    bytes.truncate(static_cast<int>(end - bytes.constData()));
+    QByteArray bytes(MostBytes(text.size()), Qt::Uninitialized);
+    Decoder<ushort> decoder(text.utf16(), text.utf16() + text.size(), bytes.data());
+    while (!decoder.IsAtEnd()) {
+        decoder.TakeWholeGroups();
+        decoder.TakeScatteredGroup();
+    }
+    bytes.truncate(static_cast<int>(decoder.Out() - bytes.constData()));
+    return bytes;
+}
+
+std::optional<QByteArray> BytesOfPureBase64(const QByteArray& text)
+{
+    int size = text.size();
+    while (size > 0 && text[size - 1] == '=')
+        --size;
+    const auto* const begin = reinterpret_cast<const uchar*>(text.constData());
+    QByteArray bytes(MostBytes(size), Qt::Uninitialized);
+    Decoder<uchar> decoder(begin, begin + size, bytes.data());
+    decoder.TakeWholeGroups();
+    const std::ptrdiff_t left = decoder.Left();
+    if (left >= 4 || decoder.TakeScatteredGroup() != left)
+        return std::nullopt;
+    bytes.truncate(static_cast<int>(decoder.Out() - bytes.constData()));
     return bytes;
 }
 

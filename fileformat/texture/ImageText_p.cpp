@@ -36,6 +36,8 @@ bool HasAcceptablePngFiles(const QByteArray& bytes)
 {
     const QByteArray signature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
     constexpr int kSizeOffset = 16, kSizeEnd = 24;
+    if (bytes.startsWith(signature))
+        return true; // told its size itself
     for (int at = bytes.indexOf(signature); at >= 0; at = bytes.indexOf(signature, at + signature.size())) {
         if (bytes.size() - at < kSizeEnd)
             return true; // cut off before it has a size
@@ -51,13 +53,6 @@ bool IsAcceptable(const QSize& size, const QByteArray& bytes)
 {
     // A picture whose rows run from the top has a negative height in BMP files.
     return IsAcceptable(size.width(), std::abs(qint64(size.height()))) && HasAcceptablePngFiles(bytes);
-}
-
-QImage Decoded(QByteArray bytes)
-{
-    QBuffer file(&bytes);
-    QImageReader reader(&file);
-    return IsAcceptable(reader.size(), bytes) ? reader.read() : QImage();
 }
 
 } // namespace
@@ -79,7 +74,14 @@ QString TextOfImage(const QImage& image)
 
 QImage ImageOfText(const QString& text)
 {
-    QImage image = Decoded(BytesOfBase64(text));
+    return ImageOfFile(BytesOfBase64(text));
+}
+
+QImage ImageOfFile(QByteArray file)
+{
+    QBuffer buffer(&file);
+    QImageReader reader(&buffer);
+    QImage image = IsAcceptable(reader.size(), file) ? reader.read() : QImage();
     ImageTool::ConvertToTextureImageAndFixBackground(image);
     return image;
 }

@@ -1,5 +1,6 @@
 #include "fileformat/texture/Base64_p.h"
 
+#include <cctype>
 #include <random>
 
 #include <QByteArray>
@@ -57,5 +58,33 @@ TEST(Base64, LongTextsDecodeAsQtSays)
     for (const unsigned percentDigits : {100u, 99u, 90u}) {
         const QString text = RandomText(random, 200'000, percentDigits);
         EXPECT_TRUE(kr::texture::BytesOfBase64(text) == ByQt(text));
+    }
+}
+
+TEST(Base64, PureTextDecodesAsQtSays)
+{
+    std::mt19937 random(3);
+    for (int length = 0; length < 200; ++length) {
+        for (const char* padding : {"", "=", "==", "==="}) {
+            const QByteArray text = RandomText(random, length, 100).toLatin1() + padding;
+            EXPECT_EQ(kr::texture::BytesOfPureBase64(text), QByteArray::fromBase64(text));
+        }
+    }
+}
+
+TEST(Base64, TextWithAnythingElseIsNotPure)
+{
+    for (int length = 1; length < 12; ++length) {
+        for (int place = 0; place < length; ++place) {
+            for (int character = 0; character < 256; ++character) {
+                QByteArray text(length, 'A');
+                text[place] = static_cast<char>(character);
+                const bool isDigit =
+                    character < 128 && (std::isalnum(character) || character == '+' || character == '/');
+                const bool isPadding = character == '=' && place == length - 1;
+                EXPECT_EQ(kr::texture::BytesOfPureBase64(text).has_value(), isDigit || isPadding)
+                    << character;
+            }
+        }
     }
 }
