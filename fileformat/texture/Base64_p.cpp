@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QtEndian>
 
 namespace kr::texture {
 
@@ -40,18 +41,22 @@ public:
     /// The end of the bytes.
     const char* Out() const { return m_out; }
 
-    // As long as four characters in a row are digits.
+    // As long as four characters in a row are digits. Copies of both positions stay in registers: what is
+    // stored could be the members themselves, as far as the compiler knows.
     void TakeWholeGroups()
     {
-        for (; m_end - m_position >= 4; m_position += 4) {
-            const Unit* const p = m_position;
-            if ((p[0] | p[1] | p[2] | p[3]) > 0xff)
-                return;
+        const Unit* p = m_position;
+        char* out = m_out;
+        for (; m_end - p >= 4 && (p[0] | p[1] | p[2] | p[3]) <= 0xff; p += 4) {
             const std::uint32_t a = kDigits[p[0]], b = kDigits[p[1]], c = kDigits[p[2]], d = kDigits[p[3]];
             if ((a | b | c | d) > 63)
-                return;
-            Put(a << 18 | b << 12 | c << 6 | d, 3);
+                break;
+            // One byte too many, which the next group overwrites; there is room for it.
+            qToBigEndian((a << 18 | b << 12 | c << 6 | d) << 8, out);
+            out += 3;
         }
+        m_position = p;
+        m_out = out;
     }
 
     // Four digits wherever they stand, or the last ones; six bits alone make no byte.
@@ -84,6 +89,7 @@ private:
     char* m_out;
 };
 
+// With a byte to spare.
 int MostBytes(int textSize)
 {
     return textSize / 4 * 3 + 3;

@@ -1,5 +1,6 @@
 #include "fileformat/texture/Document_p.h"
 
+#include <cstring>
 #include <utility>
 
 #include <QJsonObject>
@@ -51,8 +52,11 @@ std::optional<Range> FindText(const QByteArray& bytes)
     const int quote = AfterBlanks(bytes, colon + 1);
     if (quote >= bytes.size() || bytes[colon] != ':' || bytes[quote] != '"')
         return std::nullopt;
-    const int end = bytes.indexOf('"', quote + 1);
-    return end < 0 ? std::nullopt : std::optional(Range{quote + 1, end});
+    const char* const text = bytes.constData() + quote + 1;
+    const void* const end = std::memchr(text, '"', static_cast<std::size_t>(bytes.size() - quote - 1));
+    if (!end)
+        return std::nullopt;
+    return Range{quote + 1, static_cast<int>(static_cast<const char*>(end) - bytes.constData())};
 }
 
 bool IsMarked(const QJsonDocument& json)
