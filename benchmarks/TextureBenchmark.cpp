@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <map>
 #include <random>
 
 #include <QBuffer>
@@ -14,15 +16,15 @@ namespace {
 
 constexpr int kSide = 2048;
 
-// Grain in large soft shapes, as in photographs of surfaces: a PNG file of some 4 MB.
-QImage Surface()
+// Large soft shapes, with grain of so many levels on them as photographs of surfaces have.
+QImage Surface(unsigned grain)
 {
     std::mt19937 random(1);
     QImage image(kSide, kSide, QImage::Format_RGB32);
     for (int y = 0; y < kSide; ++y) {
         for (int x = 0; x < kSide; ++x) {
             const double shape = 100 + 60 * std::sin(x * 0.011 + 3 * std::sin(y * 0.007));
-            const int level = static_cast<int>(shape) + static_cast<int>(random() % 4);
+            const int level = static_cast<int>(shape) + static_cast<int>(random() % grain);
             image.setPixel(x, y, qRgb(level, level * 3 / 4, level / 2));
         }
     }
@@ -30,19 +32,20 @@ QImage Surface()
 }
 
 struct Sample {
-    Sample()
+    explicit Sample(unsigned grain) : image(Surface(grain))
     {
         MeshTextureInfo info;
         isReady = info.load(image, false, false, false, 0) && texture.Load(&info, {}, QUuid()) &&
                   texture.SaveFile(path) && image.save(&m_buffer, "PNG");
     }
-    static const Sample& Get()
+    static const Sample& Get(benchmark::State& state)
     {
-        static const Sample kSample;
-        return kSample;
+        static std::map<std::int64_t, Sample> samples;
+        const std::int64_t grain = state.range(0);
+        return samples.try_emplace(grain, static_cast<unsigned>(grain)).first->second;
     }
 
-    QImage image = Surface();
+    QImage image;
     TextureFile texture;
     bench::OutputDirectory directory;
     QString path = directory.File();
@@ -55,43 +58,47 @@ private:
 
 void EncodePng(benchmark::State& state)
 {
+    const Sample& sample = Sample::Get(state);
     for (auto _ : state) {
         QByteArray png;
         QBuffer buffer(&png);
-        if (!buffer.open(QIODevice::WriteOnly) || !Sample::Get().image.save(&buffer, "PNG"))
+        if (!buffer.open(QIODevice::WriteOnly) || !sample.image.save(&buffer, "PNG"))
             return state.SkipWithError("cannot encode");
     }
-    state.counters["PNG bytes"] = Sample::Get().png.size();
+    state.counters["PNG bytes"] = sample.png.size();
 }
 void Save(benchmark::State& state)
 {
+    const Sample& sample = Sample::Get(state);
     const bench::OutputDirectory directory;
     for (auto _ : state) {
-        if (!Sample::Get().isReady || !Sample::Get().texture.SaveFile(directory.File()))
+        if (!sample.isReady || !sample.texture.SaveFile(directory.File()))
             return state.SkipWithError("cannot save");
     }
 }
 void DecodePng(benchmark::State& state)
 {
+    const Sample& sample = Sample::Get(state);
     for (auto _ : state) {
-        if (QImage::fromData(Sample::Get().png).isNull())
+        if (QImage::fromData(sample.png).isNull())
             return state.SkipWithError("cannot decode");
     }
 }
 void Load(benchmark::State& state)
 {
+    const Sample& sample = Sample::Get(state);
     for (auto _ : state) {
         TextureFile texture;
-        if (!texture.LoadFile(Sample::Get().path))
+        if (!texture.LoadFile(sample.path))
             return state.SkipWithError("cannot load");
     }
 }
 
 } // namespace
 
-BENCHMARK(EncodePng)->Unit(benchmark::kMillisecond);
-BENCHMARK(Save)->Unit(benchmark::kMillisecond);
-BENCHMARK(DecodePng)->Unit(benchmark::kMillisecond);
-BENCHMARK(Load)->Unit(benchmark::kMillisecond);
+BENCHMARK(EncodePng)->ArgName("grain")->Arg(1)->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
+BENCHMARK(Save)->ArgName("grain")->Arg(1)->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
+BENCHMARK(DecodePng)->ArgName("grain")->Arg(1)->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
+BENCHMARK(Load)->ArgName("grain")->Arg(1)->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

@@ -53,13 +53,14 @@ bool CanNameAFile(const QString& path)
 // Takes no more than the limit and one byte from a file, whatever size it claims: a device claims 0.
 bool ReadUpToLimit(QFile& file, QByteArray& bytes)
 {
-    constexpr qint64 kBlock = 1 << 20;
-    bytes.reserve(static_cast<int>(std::clamp<qint64>(file.size(), 0, kMaxJsonBytes)) + 1);
-    while (bytes.size() <= kMaxJsonBytes) {
-        const QByteArray block = file.read(std::min<qint64>(kBlock, kMaxJsonBytes + 1 - bytes.size()));
-        if (block.isEmpty())
-            break;
-        bytes.append(block);
+    constexpr int kBlock = 1 << 20;
+    bytes.reserve(static_cast<int>(std::clamp<qint64>(file.size(), 0, kMaxJsonBytes)) + kBlock);
+    qint64 count = 1;
+    while (count > 0 && bytes.size() <= kMaxJsonBytes) {
+        const int size = bytes.size(), wanted = std::min(kBlock, kMaxJsonBytes + 1 - size);
+        bytes.resize(size + wanted);
+        count = std::max<qint64>(file.read(bytes.data() + size, wanted), 0);
+        bytes.resize(size + static_cast<int>(count));
     }
     return file.error() == QFileDevice::NoError;
 }
@@ -174,10 +175,19 @@ std::string Utility::FormatTimeString(const std::string& pattern)
 bool Utility::LoadJsonFile(QJsonObject& out, const QString& path, int& error)
 {
     QByteArray bytes;
-    error = ReadJsonBytes(path, bytes);
-    if (error == JsonNoError)
+    if (LoadJsonBytes(bytes, path, error))
         error = ParseJsonObject(bytes, out);
     return error == JsonNoError;
+}
+
+bool Utility::LoadJsonBytes(QByteArray& out, const QString& path, int& error)
+{
+    QByteArray bytes;
+    error = ReadJsonBytes(path, bytes);
+    if (error != JsonNoError)
+        return false;
+    out.swap(bytes);
+    return true;
 }
 
 bool Utility::SaveJsonFile(const QJsonObject& object, const QString& path, QJsonDocument::JsonFormat format)

@@ -74,6 +74,11 @@ public:
     /// @param error  a JsonFileError, JsonNoError on success
     [[nodiscard]] static bool LoadJsonFile(QJsonObject& out, const QString& path, int& error);
 
+    /// Reads the bytes of a file as LoadJsonFile() does before it parses them, with the same limits.
+    /// @param out    replaced on success, else left as it was
+    /// @param error  JsonNoError, JsonFileUnreadable or JsonFileTooLarge
+    [[nodiscard]] static bool LoadJsonBytes(QByteArray& out, const QString& path, int& error);
+
     /// Writes @p object as a JSON document to the file @p path. The document is written aside, into the same
     /// directory, and takes the place of an existing file only when it is whole: after a failure that file is
     /// as it was. Its permissions are kept, a symbolic link is followed. Devices and pipes are written

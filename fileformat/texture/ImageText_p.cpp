@@ -10,6 +10,7 @@
 #include <QtEndian>
 
 #include "core/utility/ImageTool.h"
+#include "fileformat/texture/Base64_p.h"
 
 namespace kr::texture {
 
@@ -19,13 +20,16 @@ constexpr int kBytesPerPixel = 4;
 constexpr int kMostPngBytes = 750'000'000;
 
 // What a mesh takes as a texture; more could be read, but not be handed on.
-constexpr qint64 kMaxSide = 32768;
+constexpr int kMaxSide = 32768;
 constexpr qint64 kMaxPixels = (qint64(1) << 30) / kBytesPerPixel;
 
 bool IsAcceptable(qint64 width, qint64 height)
 {
-    return width > 0 && height > 0 && std::max(width, height) <= kMaxSide && width * height <= kMaxPixels;
+    return width > 0 && height > 0 && std::max(width, height) <= qint64(kMaxSide) &&
+           width * height <= kMaxPixels;
 }
+
+const QByteArray kPngSignature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
 
 // PNG file: signature of 8 bytes, length and name of the first chunk, then
 //   width    uint32, big-endian
@@ -33,9 +37,8 @@ bool IsAcceptable(qint64 width, qint64 height)
 // An icon's directory says one size and a PNG file inside may have any other, which is the one that Qt takes.
 bool HasAcceptablePngFiles(const QByteArray& bytes)
 {
-    const QByteArray signature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
     constexpr int kSizeOffset = 16, kSizeEnd = 24;
-    for (int at = bytes.indexOf(signature); at >= 0; at = bytes.indexOf(signature, at + signature.size())) {
+    for (int at = bytes.indexOf(kPngSignature); at >= 0; at = bytes.indexOf(kPngSignature, at + 1)) {
         if (bytes.size() - at < kSizeEnd)
             return true; // cut off before it has a size
         const char* const size = bytes.constData() + at + kSizeOffset;
@@ -45,18 +48,33 @@ bool HasAcceptablePngFiles(const QByteArray& bytes)
     return true;
 }
 
-// A few hundred bytes of file may ask for gigabytes of pixels.
-bool IsAcceptable(const QSize& size, const QByteArray& bytes)
+// A picture whose rows run from the top has a negative height in BMP files.
+QSize SizeOf(const QImageReader& reader)
 {
-    // A picture whose rows run from the top has a negative height in BMP files.
-    return IsAcceptable(size.width(), std::abs(qint64(size.height()))) && HasAcceptablePngFiles(bytes);
+    const QSize size = reader.size();
+    return {size.width(), size.height() >= -kMaxSide ? std::abs(size.height()) : 0};
 }
 
-QImage Decoded(QByteArray bytes)
+// Of files that are cut short some readers give what was there, and set only those pixels: the others must
+// not show what the memory held before.
+QImage ReadOnBlack(QImageReader& reader, const QSize& size)
 {
-    QBuffer file(&bytes);
-    QImageReader reader(&file);
-    return IsAcceptable(reader.size(), bytes) ? reader.read() : QImage();
+    QImage image(size, reader.imageFormat());
+    image.fill(Qt::black);
+    return reader.read(&image) ? image : QImage();
+}
+
+// A few hundred bytes of file may ask for gigabytes of pixels.
+QImage Decoded(QByteArray& file)
+{
+    QBuffer buffer(&file);
+    QImageReader reader(&buffer);
+    const QSize size = SizeOf(reader);
+    if (!IsAcceptable(size.width(), size.height()))
+        return {};
+    if (file.startsWith(kPngSignature))
+        return reader.read(); // whole or not at all
+    return HasAcceptablePngFiles(file) ? ReadOnBlack(reader, size) : QImage();
 }
 
 } // namespace
@@ -78,7 +96,12 @@ QString TextOfImage(const QImage& image)
 
 QImage ImageOfText(const QString& text)
 {
-    QImage image = Decoded(QByteArray::fromBase64(text.toLatin1()));
+    return ImageOfFile(BytesOfBase64(text));
+}
+
+QImage ImageOfFile(QByteArray file)
+{
+    QImage image = Decoded(file);
     ImageTool::ConvertToTextureImageAndFixBackground(image);
     return image;
 }

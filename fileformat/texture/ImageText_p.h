@@ -17,6 +17,9 @@ QString TextOfFile(const QByteArray& png);
 /// is none, and for one that asks for too many pixels, judged before it is decoded.
 QImage ImageOfText(const QString& text);
 
+/// The same for the bytes of the picture's file.
+QImage ImageOfFile(QByteArray file);
+
 /// A picture of 4 bytes a pixel without gaps, bottom row first, turned upright.
 QImage UprightImage(const QByteArray& pixels, int width, int height);
 

@@ -7,6 +7,7 @@
 
 #include "core/mesh/MeshTextureInfo.h"
 #include "core/utility/Utility.h"
+#include "fileformat/texture/Document_p.h"
 #include "fileformat/texture/ImageText_p.h"
 #include "fileformat/texture/Settings_p.h"
 
@@ -16,7 +17,7 @@ const QLatin1String kHeader("header");
 const QLatin1String kPatternID("texture_id");
 const QLatin1String kTextureName("texture_name");
 const QLatin1String kSettings("settings");
-const QLatin1String kImageData("image_data");
+const QLatin1String kImageData(kr::texture::kImageDataKey);
 const QLatin1String kVersion("version");
 
 constexpr int kVersionNumber = 1;
@@ -89,27 +90,40 @@ void TextureFile::GetSaveObject(QJsonObject& object) const
 
 bool TextureFile::LoadFile(const QString& path)
 {
-    QJsonObject object;
-    int error = Utility::JsonNoError;
-    if (Utility::LoadJsonFile(object, path, error))
-        return LoadFromJsonObject(object);
     Reset();
-    return false;
+    QByteArray bytes;
+    int error = Utility::JsonNoError;
+    return Utility::LoadJsonBytes(bytes, path, error) && LoadFromDocument(bytes, false);
 }
 
 bool TextureFile::LoadFromJsonBuffer(const QByteArray& buffer)
 {
-    // An empty buffer and whatever else is no document give a null one.
-    const QJsonDocument document = QJsonDocument::fromJson(buffer);
-    if (!document.isNull())
-        return LoadFromJsonObject(document.object());
     Reset();
-    return false;
+    return LoadFromDocument(buffer, true);
 }
 
 bool TextureFile::LoadFromJsonObject(const QJsonObject& object)
 {
     Reset();
+    ReadFields(object);
+    m_image = kr::texture::ImageOfText(object[kImageData].toString());
+    return !m_image.isNull();
+}
+
+bool TextureFile::LoadFromDocument(const QByteArray& bytes, bool acceptsArray)
+{
+    const kr::texture::Document document = kr::texture::ParseDocument(bytes);
+    if (document.json.isNull() || (document.json.isArray() && !acceptsArray))
+        return false;
+    if (!document.pictureFile)
+        return LoadFromJsonObject(document.json.object());
+    ReadFields(document.json.object());
+    m_image = kr::texture::ImageOfFile(*document.pictureFile);
+    return !m_image.isNull();
+}
+
+void TextureFile::ReadFields(const QJsonObject& object)
+{
     const QJsonObject header = object[kHeader].toObject();
     m_patternID = header[kPatternID].toString();
     m_textureName = header[kTextureName].toString().trimmed();
@@ -117,6 +131,4 @@ bool TextureFile::LoadFromJsonObject(const QJsonObject& object)
         m_textureName = QStringLiteral("untitiled"); // Spelling is part of the interface.
     kr::texture::ReadSettings(object[kSettings].toObject(), m_parameters);
     m_parameters.matrix.updateMatrix();
-    m_image = kr::texture::ImageOfText(object[kImageData].toString());
-    return !m_image.isNull();
 }

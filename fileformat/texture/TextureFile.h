@@ -105,6 +105,9 @@ public:
     [[nodiscard]] bool LoadFromJsonObject(const QJsonObject& object);
 
 private:
+    void ReadFields(const QJsonObject& object);
+    bool LoadFromDocument(const QByteArray& bytes, bool acceptsArray);
+
     QString m_patternID;
     QString m_textureName;
     QImage m_image;

@@ -51,7 +51,7 @@ namespace {
 
 using test::PathBytes;
 
-constexpr std::size_t kReadingItself = 256 * 1024;
+constexpr std::size_t kReadingItself = std::size_t(256) * 1024;
 
 bool IsRead(const QByteArray& bytes)
 {

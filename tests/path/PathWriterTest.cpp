@@ -110,7 +110,9 @@ TEST(PathWriter, TooLongANameLeavesTheFileAsItWas)
 {
     const Directory directory;
     const QString path = directory.Write("as it was");
-    const Names names = {{1, std::string(100'000'001, 'x')}};
+    std::string name;
+    name.resize(100'000'001, 'x');
+    const Names names = {{1, name}};
     EXPECT_FALSE(DXFPathFile::WriteDXFPathFile({{1, {}}}, names, path));
     EXPECT_EQ(Directory::Read(path), "as it was");
     EXPECT_TRUE(DXFPathFile::WriteDXFPathFile({{2, {}}}, names, path)) << "that name is not written";

@@ -1,5 +1,3 @@
-#include <cstring>
-
 #include <sys/resource.h>
 
 #include <QImageReader>
@@ -24,10 +22,13 @@ QImage PictureOf(const QByteArray& file)
     return PictureOfText(QString::fromLatin1(file.toBase64()));
 }
 
-QByteArray WithNumber(QByteArray bytes, int at, qint32 value)
+/// The bytes with a little-endian number put over some of them.
+QByteArray WithNumber(const QByteArray& bytes, int at, qint32 value)
 {
-    std::memcpy(bytes.data() + at, &value, sizeof value);
-    return bytes;
+    QByteArray number;
+    for (int shift = 0; shift < 32; shift += 8)
+        number += static_cast<char>(value >> shift & 0xff);
+    return QByteArray(bytes).replace(at, number.size(), number);
 }
 
 /// A bitmap file whose header says another size.
@@ -161,6 +162,23 @@ TEST(TexturePicture, TruncatedPngIsNone)
     const QByteArray file = test::FileOf(test::RandomImage(13, 7), "PNG");
     for (int size = 0; size < file.size() - 12; ++size)
         EXPECT_TRUE(PictureOf(file.left(size)).isNull()) << size;
+}
+
+TEST(TexturePicture, RowsThatABitmapLacksAreNoMemoryOfOthers)
+{
+    for (const QImage::Format format : {QImage::Format_RGB32, QImage::Format_Indexed8, QImage::Format_Mono}) {
+        QImage image(64, 64, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        image = image.convertToFormat(format);
+        const QByteArray file = test::FileOf(image, "BMP");
+        const QImage picture = PictureOf(file.left(file.size() * 3 / 4));
+        ASSERT_EQ(picture.size(), image.size());
+        EXPECT_EQ(picture.pixel(0, 63), 0xffffffff) << "the bottom row comes first";
+        EXPECT_EQ(picture, PictureOf(file.left(file.size() * 3 / 4)));
+        if (format == QImage::Format_RGB32) {
+            EXPECT_EQ(picture.pixel(63, 0), 0xff000000);
+        }
+    }
 }
 
 TEST(TexturePicture, OtherFieldsAreReadWithoutIt)

@@ -144,6 +144,34 @@ TEST_F(UtilityJson, LoadsTheTopObject)
                            {QStringLiteral("b"), QJsonObject{{QStringLiteral("c"), QStringLiteral("x")}}}}));
 }
 
+TEST_F(UtilityJson, LoadsBytesAsTheyAre)
+{
+    QByteArray bytes("old");
+    int error = 99;
+    for (const int size : {0, 1, 5, (1 << 20) - 1, 1 << 20, (1 << 20) + 1, 3'000'000}) {
+        QByteArray expected(size, '\0');
+        for (int i = 0; i < size; ++i)
+            expected[i] = static_cast<char>(i % 251);
+        WriteFile(Path(), expected);
+        EXPECT_TRUE(Utility::LoadJsonBytes(bytes, Path(), error));
+        EXPECT_EQ(error, Utility::JsonNoError);
+        EXPECT_TRUE(bytes == expected) << size;
+    }
+}
+
+TEST_F(UtilityJson, LeavesTheBytesOnFailure)
+{
+    QByteArray bytes("old");
+    int error = 99;
+    EXPECT_FALSE(Utility::LoadJsonBytes(bytes, Path("missing"), error));
+    EXPECT_EQ(error, Utility::JsonFileUnreadable);
+    WriteFile(Path(), "{}");
+    ASSERT_TRUE(QFile::resize(Path(), 1'000'000'001));
+    EXPECT_FALSE(Utility::LoadJsonBytes(bytes, Path(), error));
+    EXPECT_EQ(error, Utility::JsonFileTooLarge);
+    EXPECT_EQ(bytes, "old");
+}
+
 TEST_F(UtilityJson, LoadsAnEmptyObject)
 {
     EXPECT_EQ(CodeFor("{}"), Utility::JsonNoError);
