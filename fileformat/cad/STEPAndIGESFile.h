@@ -7,7 +7,8 @@
 class Mesh;
 class QString;
 
-/// Reads STEP and IGES files into triangle meshes: one for each solid, shell and loose face, named and placed.
+/// Reads STEP and IGES files into triangle meshes: one for each solid, shell and loose face, named and
+/// placed.
 ///
 /// OpenCASCADE reads and tessellates. Reading and transferring takes turns between threads, as OpenCASCADE
 /// cannot do two at once; tessellation does not, and uses all cores. Any operation may run on several threads

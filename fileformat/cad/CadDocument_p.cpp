@@ -1,0 +1,64 @@
+#include "fileformat/cad/CadDocument_p.h"
+
+#include <TCollection_ExtendedString.hxx>
+#include <XCAFApp_Application.hxx>
+#include <XCAFDoc_DocumentTool.hxx>
+#include <XCAFDoc_ShapeTool.hxx>
+
+namespace kr::cad {
+
+namespace {
+
+std::mutex& TurnMutex()
+{
+    // Never destroyed: a thread may still read while the process ends.
+    static std::mutex& mutex = *new std::mutex;
+    return mutex;
+}
+
+TCollection_ExtendedString ExtendedString(const QString& text)
+{
+    static_assert(sizeof(Standard_ExtCharacter) == sizeof(QChar), "both are units of UTF-16");
+    TCollection_ExtendedString result(text.size(), Standard_ExtCharacter());
+    for (int i = 0; i < text.size(); ++i)
+        result.SetValue(i + 1, text[i].unicode());
+    return result;
+}
+
+template<class Reader>
+bool ReadAndTransfer(Reader& reader, const QString& fileName, Handle(TDocStd_Document) & document)
+{
+    return reader.ReadFile(fileName.toUtf8().constData()) == IFSelect_RetDone && reader.Transfer(document);
+}
+
+} // namespace
+
+CadDocument::CadDocument(const QString& fileName)
+    : m_turn(TurnMutex()), m_application(XCAFApp_Application::GetApplication())
+{
+    m_stepReader.SetNameMode(true);
+    // The document is never saved, so that no format goes by this name.
+    m_application->NewDocument(ExtendedString(fileName), m_document);
+}
+
+CadDocument::~CadDocument()
+{
+    if (!m_turn.owns_lock())
+        m_turn.lock();
+    m_application->Close(m_document);
+}
+
+bool CadDocument::Read(Format format, const QString& fileName)
+{
+    return format == Format::Step ? ReadAndTransfer(m_stepReader, fileName, m_document)
+                                  : ReadAndTransfer(m_igesReader, fileName, m_document);
+}
+
+TDF_LabelSequence CadDocument::FreeShapes() const
+{
+    TDF_LabelSequence labels;
+    XCAFDoc_DocumentTool::ShapeTool(m_document->Main())->GetFreeShapes(labels);
+    return labels;
+}
+
+} // namespace kr::cad
