@@ -85,7 +85,8 @@ bool PackageArchive::GoTo(const Entry& entry)
 PackageArchive::Outcome PackageArchive::Read(const Entry& entry, QByteArray& bytes)
 {
     QuaZipFileInfo64 info;
-    if (!GoTo(entry) || !m_zip.getCurrentFileInfo(&info) || info.method == kBzip2)
+    const bool isThere = !entry.name.isEmpty() && GoTo(entry) && m_zip.getCurrentFileInfo(&info);
+    if (!isThere || info.method == kBzip2)
         return Outcome::NotOpened;
     return InflateAtOnce(info, bytes) ? Outcome::Complete : ReadInPieces(bytes);
 }

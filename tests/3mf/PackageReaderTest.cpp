@@ -364,6 +364,14 @@ TEST(PackageReader, ReadsOnBehindEntryWithoutName)
     EXPECT_THAT(ObjectIds(package), ElementsAre(1));
 }
 
+TEST(PackageReader, PassesOverEntryWithoutNameThoughEveryNameEndsWithNoExtension)
+{
+    const QByteArray archive = ZipBuilder().Add("", "no XML").Add("part", ModelPart()).Bytes();
+    OwnedPackage package;
+    ASSERT_TRUE(package.LoadBytes(archive));
+    EXPECT_THAT(ObjectIds(package), ElementsAre(1));
+}
+
 TEST(PackageReader, ReadsArchiveWithComment)
 {
     OwnedPackage package;

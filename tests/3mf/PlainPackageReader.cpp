@@ -1,6 +1,5 @@
 #include "tests/3mf/PlainPackageReader.h"
 
-#include <algorithm>
 #include <optional>
 
 #include <JlCompress.h>
@@ -61,10 +60,13 @@ bool PlainPackage::CanLoad(const QString& fileName)
     QuaZip archive(fileName);
     if (!archive.open(QuaZip::mdUnzip))
         return true;
-    const QList<QuaZipFileInfo64> entries = archive.getFileInfoList64();
-    return std::none_of(entries.begin(), entries.end(), [](const QuaZipFileInfo64& entry) {
-        return entry.name.isEmpty() || entry.method == kBzip2;
-    });
+    // As far as the directory is whole.
+    QuaZipFileInfo64 entry;
+    for (bool isEntry = archive.goToFirstFile(); isEntry; isEntry = archive.goToNextFile()) {
+        if (archive.getCurrentFileInfo(&entry) && (entry.name.isEmpty() || entry.method == kBzip2))
+            return false;
+    }
+    return true;
 }
 
 std::string Difference(const PlainPackage& plain, const Model3MF& package)
