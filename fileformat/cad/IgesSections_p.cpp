@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "fileformat/common/BlockReader_p.h"
@@ -11,7 +11,7 @@ namespace kr::cad {
 
 namespace {
 
-// line, 80 columns and its end; what stands behind them means nothing
+// line, 80 columns; what stands behind them means nothing
 //   1..72   content
 //   73      letter of the section: start, global, directory, parameters, terminate
 //   74..80  number of the line within the section
@@ -19,49 +19,101 @@ namespace {
 //   S0000001G0000004D0000098P0000049
 constexpr std::size_t kColumns = 80;
 constexpr std::size_t kLetterColumn = 72;
-constexpr std::size_t kCountColumns = 8;
-constexpr std::string_view kCountedSections = "SGDP";
-constexpr char kTerminate = 'T';
+constexpr std::size_t kFieldColumns = 8;
+constexpr std::string_view kSections = "SGDPT";
+constexpr std::size_t kTerminate = 4;
 
-using Line = std::array<char, kColumns>;
-using Counts = std::array<std::size_t, kCountedSections.size()>;
+using LineCounts = std::array<std::size_t, kTerminate>;
 
-// Takes the next line, blanks behind it, without what stands behind the columns.
-// Returns false at the end of the file.
-bool TakeLine(BlockReader& source, Line& line)
+bool IsLineEnd(int byte)
 {
-    int byte = source.NextByte();
-    if (byte < 0)
-        return false;
-    line.fill(' ');
-    for (std::size_t column = 0; byte >= 0 && byte != '\n'; ++column) {
-        if (column < kColumns)
-            line[column] = char(byte);
-        byte = source.NextByte();
-    }
-    return true;
+    return byte == '\n' || byte == '\r';
 }
 
-// A number in its columns, blanks around it allowed; false for anything else.
-bool HoldsCount(std::string_view field, std::size_t count)
+bool HoldsLineEnd(std::string_view bytes)
 {
-    const std::size_t begin = std::min(field.find_first_not_of(' '), field.size());
-    const std::size_t end = field.find_last_not_of(' ') + 1;
-    std::size_t value = 0;
-    for (std::size_t i = begin; i < end; ++i) {
-        if (field[i] < '0' || field[i] > '9')
-            return false;
-        value = 10 * value + std::size_t(field[i] - '0');
-    }
-    return begin < end && value == count;
+    return std::count_if(bytes.begin(), bytes.end(), IsLineEnd) > 0;
 }
 
-bool AgreesWith(const Line& terminate, const Counts& counts)
+class LineReader {
+public:
+    explicit LineReader(QIODevice& file) : m_source(file, LineEnds::AsStored), m_next(m_source.NextByte())
+    {
+        m_hasLineEnds = HoldsLineEnd(m_source.Buffered().substr(0, 2 * kColumns));
+    }
+
+    /// The columns of the next line, blanks behind it; nothing at the end of the file. They hold until the
+    /// next call.
+    std::string_view Take()
+    {
+        if (m_next < 0)
+            return {};
+        if (const std::string_view line = TakeUsualLine(); !line.empty())
+            return line;
+        m_line.fill(' ');
+        std::size_t column = 0;
+        for (; m_next >= 0 && !IsLineEnd(m_next) && !IsFull(column); ++column) {
+            if (column < kColumns)
+                m_line[column] = char(m_next);
+            m_next = m_source.NextByte();
+        }
+        if (!IsFull(column))
+            m_next = m_source.NextByte();
+        return {m_line.data(), kColumns};
+    }
+
+private:
+    // As nearly all are: the columns and a line feed, all at hand, so that nothing is copied.
+    std::string_view TakeUsualLine()
+    {
+        const std::string_view behind = m_source.Buffered();
+        if (behind.size() <= kColumns || behind[kColumns - 1] != '\n')
+            return {};
+        const std::string_view line(behind.data() - 1, kColumns); // from m_next on
+        if (HoldsLineEnd(line))
+            return {};
+        m_source.SkipTo(behind.data() + kColumns);
+        m_next = m_source.NextByte();
+        return line;
+    }
+
+    bool IsFull(std::size_t columns) const { return !m_hasLineEnds && columns == kColumns; }
+
+    BlockReader m_source;
+    int m_next; // taken from the source already
+    bool m_hasLineEnds;
+    std::array<char, kColumns> m_line;
+};
+
+// The number in these columns, blanks around it; nothing for anything else.
+std::optional<std::size_t> NumberIn(std::string_view columns)
 {
-    const std::string_view content(terminate.data(), terminate.size());
+    const std::size_t begin = columns.find_first_not_of(' ');
+    if (begin == std::string_view::npos)
+        return std::nullopt;
+    std::size_t number = 0;
+    for (const char digit : columns.substr(begin, columns.find_last_not_of(' ') + 1 - begin)) {
+        if (digit < '0' || digit > '9')
+            return std::nullopt;
+        number = 10 * number + std::size_t(digit - '0');
+    }
+    return number;
+}
+
+std::optional<std::size_t> SectionOf(std::string_view line)
+{
+    const std::string_view field = line.substr(kLetterColumn, kFieldColumns);
+    const std::size_t section = kSections.find(field.front());
+    if (section == std::string_view::npos || !NumberIn(field.substr(1)))
+        return std::nullopt;
+    return section;
+}
+
+bool Agrees(std::string_view terminate, const LineCounts& counts)
+{
     for (std::size_t i = 0; i < counts.size(); ++i) {
-        const std::string_view field = content.substr(i * kCountColumns, kCountColumns);
-        if (field.front() != kCountedSections[i] || !HoldsCount(field.substr(1), counts[i]))
+        const std::string_view field = terminate.substr(i * kFieldColumns, kFieldColumns);
+        if (field.front() != kSections[i] || NumberIn(field.substr(1)) != counts[i])
             return false;
     }
     return true;
@@ -71,16 +123,16 @@ bool AgreesWith(const Line& terminate, const Counts& counts)
 
 bool AreIgesSectionsWhole(QIODevice& file)
 {
-    BlockReader source(file, LineEnds::AsStored);
-    Counts counts = {};
-    Line line;
-    while (TakeLine(source, line)) {
-        const char letter = line[kLetterColumn];
-        if (letter == kTerminate)
-            return AgreesWith(line, counts);
-        const std::size_t section = kCountedSections.find(letter);
-        if (section != std::string_view::npos)
-            ++counts[section];
+    LineReader lines(file);
+    LineCounts counts = {};
+    std::size_t section = 0;
+    for (std::string_view line = lines.Take(); !line.empty(); line = lines.Take()) {
+        if (line.find_first_not_of(' ') == std::string_view::npos)
+            continue;
+        section = SectionOf(line).value_or(section);
+        if (section == kTerminate)
+            return Agrees(line, counts);
+        ++counts[section];
     }
     return false;
 }
