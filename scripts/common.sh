@@ -2,7 +2,7 @@
 # shellcheck shell=bash
 
 build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libeigen3-dev libboost-dev libcli11-dev
-    libquazip1-qt5-dev libdeflate-dev)
+    libquazip1-qt5-dev libdeflate-dev libocct-data-exchange-dev libtbb-dev)
 # shellcheck disable=SC2034 # used by those who source this file
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev qt5-image-formats-plugins locales
     clang libclang-rt-14-dev)

@@ -1,6 +1,10 @@
 #include "fileformat/cad/CadDocument_p.h"
 
+#include <string>
+
+#include <Interface_Static.hxx>
 #include <TCollection_ExtendedString.hxx>
+#include <UnitsMethods.hxx>
 #include <XCAFApp_Application.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
@@ -24,6 +28,29 @@ TCollection_ExtendedString ExtendedString(const QString& text)
         result.SetValue(i + 1, text[i].unicode());
     return result;
 }
+
+// OpenCASCADE's unit of length, which its readers turn a file's unit into, is a setting of the process. It is
+// the millimetre while this lives.
+class MillimetresMeanwhile {
+public:
+    MillimetresMeanwhile()
+        : m_setting(Interface_Static::CVal(kSetting)), m_millimetres(UnitsMethods::GetCasCadeLengthUnit())
+    {
+        Interface_Static::SetCVal(kSetting, "MM");
+    }
+    ~MillimetresMeanwhile()
+    {
+        Interface_Static::SetCVal(kSetting, m_setting.c_str());
+        UnitsMethods::SetCasCadeLengthUnit(m_millimetres);
+    }
+    MillimetresMeanwhile(const MillimetresMeanwhile&) = delete;
+    MillimetresMeanwhile& operator=(const MillimetresMeanwhile&) = delete;
+
+private:
+    static constexpr const char* kSetting = "xstep.cascade.unit";
+    std::string m_setting;
+    double m_millimetres; // readers set this one from the other
+};
 
 template<class Reader>
 bool ReadAndTransfer(Reader& reader, const QString& fileName, Handle(TDocStd_Document) & document)
@@ -50,6 +77,7 @@ CadDocument::~CadDocument()
 
 bool CadDocument::Read(Format format, const QString& fileName)
 {
+    const MillimetresMeanwhile millimetres;
     return format == Format::Step ? ReadAndTransfer(m_stepReader, fileName, m_document)
                                   : ReadAndTransfer(m_igesReader, fileName, m_document);
 }

@@ -13,10 +13,14 @@ class QString;
 /// OpenCASCADE reads and tessellates. Reading and transferring takes turns between threads, as OpenCASCADE
 /// cannot do two at once; tessellation does not, and uses all cores. Any operation may run on several threads
 /// at once for different files; a host that reads CAD files through OpenCASCADE itself must not do so
-/// meanwhile. Nothing is printed, and OpenCASCADE's settings are as before after every call.
+/// meanwhile. The same file gives the same meshes, to the last bit, whatever the number of threads.
 ///
-/// OpenCASCADE and all that it needs lie in a library of their own beside this one, loaded at the first STEP
-/// or IGES file.
+/// Nothing is printed: OpenCASCADE's default messenger has no printers while an operation runs. Its settings
+/// are as before after every call. The unit of length that a host set for it does not count; what else a host
+/// changed of its settings for reading does.
+///
+/// OpenCASCADE and all that it needs lie in a library of their own, libKRCoreCad, beside this one, loaded at
+/// the first STEP or IGES file and kept until the process ends.
 class KRCORE_FILEFORMAT_EXPORT STEPAndIGESFile {
 public:
     /// Reads the file @p fileName into new meshes, which become the caller's.
@@ -35,7 +39,10 @@ public:
     /// and triangles, in thousandths of four times the longest side of the shape's box; @p angle the largest
     /// angle between neighbouring facets' normals on a curve, in degrees. Loose faces, which only IGES files
     /// have, differ: @p deflection is in millimetres, at least 0.0001, @p angle in radians, and vertices are
-    /// not merged. Volumes are set; normals and neighbours are provided at their first request.
+    /// not merged. Of a face that solids have in common an earlier solid's triangles stay if they are fine
+    /// enough. Volumes are set; normals and neighbours are provided at their first request.
+    ///
+    /// Parts that a STEP file keeps in other files are read from the folder of @p fileName.
     ///
     /// @param meshes          empty; what it holds is replaced on success
     /// @param prefixFileName  true: the root is the file's name without folder and suffixes; false: none
@@ -44,9 +51,10 @@ public:
     ///         (@p meshes is untouched then); and when the document holds no solid, shell or face (@p meshes
     ///         is empty then). Shapes of which none yields a triangle give true and no mesh
     /// @throws Standard_Failure and its family, of OpenCASCADE and no std::exception, as for a @p deflection
-    ///         of 0 for a solid or an @p angle of 0; @p meshes is empty then, and nothing is left behind
-    /// @throws std::bad_alloc when memory runs out, with the same effect
-    /// @throws std::runtime_error when the library that holds OpenCASCADE cannot be loaded
+    ///         of 0 for a solid or an @p angle of 0; nothing is left behind
+    /// @throws std::bad_alloc when memory runs out
+    /// @throws std::runtime_error when the library that holds OpenCASCADE cannot be loaded; the text says
+    ///         why. After any exception @p meshes is empty
     [[nodiscard]] static bool LoadFile(const QString& fileName, std::vector<Mesh*>& meshes, double deflection,
                                        double angle, bool prefixFileName);
     /// The same, with the file's name as the root.
