@@ -74,8 +74,8 @@ public:
     /// All entries whose names end with it are read by LoadModel(), in the archive's order; the last picture
     /// (.png, .jpg, .jpeg) under "Metadata/" is kept as the image. Upper and lower case differ. Of entries
     /// with one name the first is read for each. An entry that cannot be opened is passed over, as is one
-    /// compressed by bzip2, which no package should have; one that cannot be inflated to its end counts with
-    /// what came out before, whatever its check sum is.
+    /// whose name is empty or begins with a slash, and one compressed by bzip2, which no package should have;
+    /// one that cannot be inflated to its end counts with what came out before, whatever its check sum is.
     ///
     /// When the content types declare no extension for models, or name the model in an "Override" (which has
     /// none), every entry is taken for a model part, and one that is no XML makes the load fail.

@@ -26,6 +26,12 @@ constexpr int kPieceSize = 16 * 1024;
 // deflated.
 constexpr int kBzip2 = 12;
 
+// Names in an archive are relative. QuaZip opens no entry by another one.
+bool HasNameToOpenBy(const QString& name)
+{
+    return !name.isEmpty() && !name.startsWith(QLatin1Char('/'));
+}
+
 struct FreeDecompressor {
     void operator()(libdeflate_decompressor* decompressor) const
     {
@@ -85,7 +91,7 @@ bool PackageArchive::GoTo(const Entry& entry)
 PackageArchive::Outcome PackageArchive::Read(const Entry& entry, QByteArray& bytes)
 {
     QuaZipFileInfo64 info;
-    const bool isThere = !entry.name.isEmpty() && GoTo(entry) && m_zip.getCurrentFileInfo(&info);
+    const bool isThere = HasNameToOpenBy(entry.name) && GoTo(entry) && m_zip.getCurrentFileInfo(&info);
     if (!isThere || info.method == kBzip2)
         return Outcome::NotOpened;
     return InflateAtOnce(info, bytes) ? Outcome::Complete : ReadInPieces(bytes);

@@ -32,7 +32,7 @@ public:
 
     enum class Outcome { Complete, NotOpened, TooLarge };
     /// Reads all that the first entry of this name inflates to; what came out before an error is complete.
-    /// An entry without a name cannot be opened.
+    /// An entry without a name, or with one that begins with a slash, cannot be opened.
     Outcome Read(const Entry& entry, QByteArray& bytes);
 
 private:

@@ -372,6 +372,14 @@ TEST(PackageReader, PassesOverEntryWithoutNameThoughEveryNameEndsWithNoExtension
     EXPECT_THAT(ObjectIds(package), ElementsAre(1));
 }
 
+TEST(PackageReader, PassesOverEntriesWhoseNamesBeginWithSlash)
+{
+    OwnedPackage package;
+    ASSERT_TRUE(package.LoadBytes(
+        UsualPackage().Add("/3D/other.model", "no XML").Add(kModelName, ModelPart()).Bytes()));
+    EXPECT_THAT(ObjectIds(package), ElementsAre(1));
+}
+
 TEST(PackageReader, ReadsArchiveWithComment)
 {
     OwnedPackage package;
