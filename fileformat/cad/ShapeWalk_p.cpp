@@ -54,6 +54,8 @@ void AppendSolids(const TopoDS_Shape& compound, const Names& names, std::vector<
 void AppendShape(const TopoDS_Shape& shape, const TopLoc_Location& location, const Names& names,
                  std::vector<PlacedShape>& shapes)
 {
+    if (shape.IsNull())
+        return;
     // A copy moves the geometry itself, so that no two labels share what the mesher writes to.
     const TopoDS_Shape placed = BRepBuilderAPI_Transform(shape, location.Transformation(), true).Shape();
     switch (shape.ShapeType()) {
