@@ -21,7 +21,8 @@ constexpr char kExitCodes[] = "Exit codes:\n"
                               "  3  an input is not readable as a file of its format\n"
                               "  4  an input was read and holds no facet\n"
                               "  5  an output could not be written in full\n"
-                              "  6  the program met an error that it does not know of\n";
+                              "  6  a limit was hit, or the reader ended unexpectedly\n"
+                              "  130  interrupted\n";
 
 constexpr char kFileNames[] =
     "A name that begins with a dash goes behind \"--\", as in: krmodel info -- -part.stl";

@@ -8,6 +8,7 @@
 #include "apps/krmodel/Camera.h"
 #include "apps/krmodel/ExitCode.h"
 #include "apps/krmodel/Formats.h"
+#include "apps/krmodel/Jobs.h"
 
 namespace krmodel {
 
@@ -24,6 +25,8 @@ struct Arguments {
     std::optional<QSize> size;        ///< none when the person did not say
     const View* view = nullptr;
     bool wantsThumbnail = false;
+    size_t atOnce = 1; ///< inputs
+    Limits limits = UsualLimits();
 };
 
 /// Reads the command line, its texts being UTF-8. Prints help, the version, or what is wrong.

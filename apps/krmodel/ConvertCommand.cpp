@@ -1,3 +1,4 @@
+#include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
@@ -5,17 +6,28 @@
 
 namespace krmodel {
 
+namespace {
+
+ExitCode Convert(const QString& input, const Output& output)
+{
+    LoadedModel loaded = LoadModel(input);
+    if (output.format->contents == Contents::Facets && !PlaceInMillimetres(loaded.model))
+        throw Failure(ExitCode::WriteFailed,
+                      output.file.GetTarget() +
+                          QStringLiteral(": not written, an object is placed further away than its numbers "
+                                         "reach"));
+    SaveModel(output, loaded.model);
+    return ExitCode::Done;
+}
+
+} // namespace
+
 ExitCode RunConvert(const Arguments& arguments)
 {
     // A mistyped output is reported before a large input is read.
     const Output output = ChooseOutput(arguments.output, arguments.encoding);
-    LoadedModel loaded = LoadModel(arguments.inputs.first());
-    if (output.format->contents == Contents::Facets && !PlaceInMillimetres(loaded.model))
-        throw Failure(ExitCode::WriteFailed,
-                      output.fileName + QStringLiteral(": not written, an object is placed further away "
-                                                       "than its numbers reach"));
-    SaveModel(output, loaded.model);
-    return ExitCode::Done;
+    const QString& input = arguments.inputs.first();
+    return RunTasks({{input, [=] { return Convert(input, output); }, {output.file}}}, arguments);
 }
 
 } // namespace krmodel

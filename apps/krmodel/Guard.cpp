@@ -24,10 +24,13 @@ ExitCode Guard(const std::function<ExitCode()>& work)
     } catch (const Failure& failure) {
         return Report(failure.GetCode(), failure.what());
     } catch (const std::bad_alloc&) {
-        return Report(ExitCode::NotReadable, "out of memory");
+        return Report(ExitCode::Stopped, "needs more memory than it may have");
     } catch (const std::exception& exception) {
         const std::string message = std::string("stopped by an unexpected error: ") + exception.what();
-        return Report(ExitCode::Unexpected, message.c_str());
+        return Report(ExitCode::Stopped, message.c_str());
+    } catch (...) {
+        // What the CAD library throws is no standard exception.
+        return Report(ExitCode::Stopped, "stopped by an unexpected error");
     }
 }
 

@@ -3,8 +3,8 @@
 
 #include <QFile>
 
+#include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
-#include "apps/krmodel/Guard.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ModelFile.h"
@@ -22,14 +22,6 @@ QString Seconds(double seconds)
 {
     return seconds < 1 ? QString::number(seconds * 1e3, 'f', 1) + QStringLiteral(" ms")
                        : QString::number(seconds, 'f', 2) + QStringLiteral(" s");
-}
-
-/// Lets the peak that PeakMemory() reports start anew; without effect where the system does not offer it.
-void ResetPeakMemory()
-{
-    QFile file(QStringLiteral("/proc/self/clear_refs"));
-    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        file.write("5");
 }
 
 /// The most memory that the process held, its own code included: "12.3 MiB".
@@ -163,20 +155,16 @@ void PrintReport(const QString& fileName, LoadedModel& loaded)
 
 ExitCode RunInfo(const Arguments& arguments)
 {
-    ExitCode firstFailure = ExitCode::Done;
-    bool isFirst = true;
-    for (const QString& fileName : arguments.inputs) {
-        const ExitCode code = Guard([&] {
-            ResetPeakMemory();
-            LoadedModel loaded = LoadModel(fileName);
-            std::fputs(isFirst ? "" : "\n", stdout);
-            isFirst = false;
-            PrintReport(fileName, loaded);
-            return ExitCode::Done;
-        });
-        firstFailure = firstFailure == ExitCode::Done ? code : firstFailure;
-    }
-    return firstFailure;
+    std::vector<Task> tasks;
+    for (const QString& fileName : arguments.inputs)
+        tasks.push_back({fileName,
+                         [&fileName] {
+                             LoadedModel loaded = LoadModel(fileName);
+                             PrintReport(fileName, loaded);
+                             return ExitCode::Done;
+                         },
+                         {}});
+    return RunTasks(tasks, arguments);
 }
 
 } // namespace krmodel

@@ -42,7 +42,7 @@ std::optional<Refusal> TryLoad(const Format& format, const QString& fileName, Mo
     try {
         return format.load(fileName, model);
     } catch (const std::bad_alloc&) {
-        Fail(ExitCode::NotReadable, fileName, QStringLiteral("needs more memory than there is"));
+        Fail(ExitCode::Stopped, fileName, QStringLiteral("needs more memory than it may have"));
     } catch (const std::exception&) {
         Fail(ExitCode::NotReadable, fileName,
              QStringLiteral("not readable as %1, parts of it are missing").arg(QLatin1String(format.name)));
@@ -60,12 +60,12 @@ bool HoldsFacets(const Model& model)
 bool TrySave(const Output& output, const Model& model)
 {
     try {
-        return output.format->save(output.fileName, model, output.encoding);
+        return output.format->save(output.file.GetName(), model, output.encoding);
     } catch (const std::bad_alloc&) {
-        Fail(ExitCode::WriteFailed, output.fileName, QStringLiteral("not written in full, memory ran out"));
+        Fail(ExitCode::WriteFailed, output.file.GetTarget(), QStringLiteral("not written, memory ran out"));
     } catch (const std::exception&) {
-        Fail(ExitCode::WriteFailed, output.fileName,
-             QStringLiteral("writing stopped half-way, the file is not complete"));
+        Fail(ExitCode::WriteFailed, output.file.GetTarget(),
+             QStringLiteral("not written, the writer stopped half-way"));
     }
 }
 
@@ -118,16 +118,18 @@ Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding)
         refuse("binary");
     if (encoding == Encoding::Text && !hasText)
         refuse("text");
-    return {fileName, &format, encoding.value_or(hasBinary ? Encoding::Binary : Encoding::Text)};
+    return {PendingFile(fileName), &format, encoding.value_or(hasBinary ? Encoding::Binary : Encoding::Text)};
 }
 
 void SaveModel(const Output& output, const Model& model)
 {
+    const PendingFile& file = output.file;
     if (!TrySave(output, model))
-        Fail(ExitCode::WriteFailed, output.fileName, QStringLiteral("cannot open for writing"));
-    if (!output.format->isComplete(output.fileName, model, output.encoding))
-        Fail(ExitCode::WriteFailed, output.fileName,
-             QStringLiteral("the file is not complete, the disk may be full"));
+        Fail(ExitCode::WriteFailed, file.GetTarget(), QStringLiteral("cannot open for writing"));
+    if (!output.format->isComplete(file.GetName(), model, output.encoding))
+        Fail(ExitCode::WriteFailed, file.GetTarget(),
+             QStringLiteral("not written, the file did not come out complete, the disk may be full"));
+    file.Commit();
 }
 
 } // namespace krmodel

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "apps/krmodel/Formats.h"
+#include "apps/krmodel/PendingFile.h"
 
 namespace krmodel {
 
@@ -18,7 +19,7 @@ LoadedModel LoadModel(const QString& fileName);
 
 /// A file that is to be written, and how.
 struct Output {
-    QString fileName;
+    PendingFile file;
     const Format* format = nullptr;
     Encoding encoding = Encoding::Binary;
 };
@@ -27,7 +28,7 @@ struct Output {
 /// @throws Failure with Usage for an unknown suffix and for a variant that the format does not have
 Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding);
 
-/// Writes a model and looks whether all of it arrived.
+/// Writes a model, looks whether all of it arrived, and puts it in the output's place.
 /// @throws Failure with WriteFailed
 void SaveModel(const Output& output, const Model& model);
 

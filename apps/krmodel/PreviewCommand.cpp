@@ -1,6 +1,7 @@
 #include <QFile>
 #include <QImage>
 
+#include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
@@ -18,15 +19,17 @@ void RequirePngName(const QString& fileName)
         throw Failure(ExitCode::Usage, fileName + QStringLiteral(": the picture's name must end in .png"));
 }
 
-void WritePng(const QString& fileName, const QByteArray& png)
+void WritePng(const PendingFile& output, const QByteArray& png)
 {
-    QFile file(fileName);
+    QFile file(output.GetName());
     // Unbuffered, so that a full disk shows in the result of the write.
     const bool isWritten = !png.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
                            file.write(png) == png.size();
     if (!isWritten)
         throw Failure(ExitCode::WriteFailed,
-                      fileName + QStringLiteral(": cannot write: ") + file.errorString());
+                      output.GetTarget() + QStringLiteral(": cannot write: ") + file.errorString());
+    file.close();
+    output.Commit();
 }
 
 /// Made smaller, in its proportions, until it fits.
@@ -59,17 +62,23 @@ QByteArray Drawing(Model& model, const Arguments& arguments)
     return EncodePng(RenderModel(model, *arguments.view, arguments.size.value_or(kUsualSize)));
 }
 
+ExitCode Preview(const Arguments& arguments, const PendingFile& output)
+{
+    const QString& input = arguments.inputs.first();
+    LoadedModel loaded = LoadModel(input);
+    WritePng(output, arguments.wantsThumbnail ? StoredPicture(input, loaded.model.thumbnail, arguments.size)
+                                              : Drawing(loaded.model, arguments));
+    return ExitCode::Done;
+}
+
 } // namespace
 
 ExitCode RunPreview(const Arguments& arguments)
 {
     RequirePngName(arguments.output);
-    const QString& input = arguments.inputs.first();
-    LoadedModel loaded = LoadModel(input);
-    WritePng(arguments.output, arguments.wantsThumbnail
-                                   ? StoredPicture(input, loaded.model.thumbnail, arguments.size)
-                                   : Drawing(loaded.model, arguments));
-    return ExitCode::Done;
+    const PendingFile output(arguments.output);
+    return RunTasks({{arguments.inputs.first(), [&] { return Preview(arguments, output); }, {output}}},
+                    arguments);
 }
 
 } // namespace krmodel

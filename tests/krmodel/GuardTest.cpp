@@ -43,15 +43,22 @@ TEST(Guard, EndsAFailureWithItsOwnCodeAndSentence)
 TEST(Guard, EndsWhenMemoryRunsOut)
 {
     const Outcome outcome = Guarded([]() -> ExitCode { throw std::bad_alloc(); });
-    EXPECT_EQ(outcome.code, ExitCode::NotReadable);
-    EXPECT_EQ(outcome.errors, "krmodel: out of memory\n");
+    EXPECT_EQ(outcome.code, ExitCode::Stopped);
+    EXPECT_EQ(outcome.errors, "krmodel: needs more memory than it may have\n");
 }
 
 TEST(Guard, EndsAnyOtherExceptionWithACodeAndASentence)
 {
     const Outcome outcome = Guarded([]() -> ExitCode { throw std::out_of_range("index 7"); });
-    EXPECT_EQ(outcome.code, ExitCode::Unexpected);
+    EXPECT_EQ(outcome.code, ExitCode::Stopped);
     EXPECT_EQ(outcome.errors, "krmodel: stopped by an unexpected error: index 7\n");
+}
+
+TEST(Guard, EndsWhatIsNoStandardExceptionToo)
+{
+    const Outcome outcome = Guarded([]() -> ExitCode { throw 7; });
+    EXPECT_EQ(outcome.code, ExitCode::Stopped);
+    EXPECT_EQ(outcome.errors, "krmodel: stopped by an unexpected error\n");
 }
 
 } // namespace

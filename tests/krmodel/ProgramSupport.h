@@ -17,7 +17,8 @@ enum : int {
     NotReadable = 3,
     Empty = 4,
     WriteFailed = 5,
-    Unexpected = 6
+    Stopped = 6,
+    Interrupted = 130
 };
 
 inline QString Sample(const char* name)
@@ -59,6 +60,11 @@ protected:
         QFile file(Path(name));
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         return file.readAll();
+    }
+    /// Hidden ones too.
+    QStringList AllFiles() const
+    {
+        return QDir(m_directory.path()).entryList(QDir::Files | QDir::System | QDir::Hidden);
     }
     QStringList Files() const { return QDir(m_directory.path()).entryList(QDir::Files | QDir::System); }
 

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <QImage>
 #include <QTextCodec>
 
@@ -227,6 +229,30 @@ TEST_F(Krmodel, ReportsAFullDisk)
     }
 }
 
+TEST_F(Krmodel, LeavesTheOldFileAndNothingElseWhenTheInputIsDamaged)
+{
+    Write("cut.stl", QByteArray(100, 'x'));
+    Write("out.stl", "old");
+    EXPECT_EQ(Run("convert cut.stl out.stl").exitCode, NotReadable);
+    EXPECT_EQ(Bytes("out.stl"), QByteArray("old"));
+    EXPECT_EQ(AllFiles(), (QStringList{QStringLiteral("cut.stl"), QStringLiteral("out.stl")}));
+}
+
+TEST_F(Krmodel, EndsWith130WhenInterruptedAndLeavesTheOldFileAndNothingElse)
+{
+    // Its reader waits for somebody to write into the pipe.
+    ASSERT_EQ(mkfifo(QFile::encodeName(Path("pipe.obj")), 0600), 0);
+    Write("out.stl", "old");
+    const ProgramRun run =
+        RunProgram(QStringLiteral("timeout"),
+                   Words("--preserve-status --signal=INT 1") + QStringList(QStringLiteral(KRMODEL_PROGRAM)) +
+                       Words("convert pipe.obj out.stl"),
+                   Path("."));
+    EXPECT_EQ(run.exitCode, Interrupted);
+    EXPECT_EQ(Bytes("out.stl"), QByteArray("old"));
+    EXPECT_EQ(AllFiles(), (QStringList{QStringLiteral("out.stl"), QStringLiteral("pipe.obj")}));
+}
+
 TEST_F(Krmodel, ReadsAndWritesUnicodeNamesWithoutALocale)
 {
     CopySample("cube-inward.stl", "Größe 模型 №1.stl");
@@ -284,7 +310,7 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     for (const char* verb : {"info", "convert", "preview"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
-    for (int code = Done; code <= Unexpected; ++code)
+    for (int code = Done; code <= Stopped; ++code)
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1  ").arg(code))) << code;
 }
 

@@ -1,0 +1,276 @@
+#include "apps/krmodel/Jobs.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <optional>
+#include <system_error>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "apps/krmodel/Guard.h"
+#include "apps/krmodel/Texts.h"
+
+namespace krmodel {
+
+namespace {
+
+// The address space of a sanitized program is many times the memory that it uses.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kCanLimitMemory = false;
+#else
+constexpr bool kCanLimitMemory = true;
+#endif
+
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t stopSignal = 0;
+
+void NoteStop(int signal)
+{
+    stopSignal = signal;
+}
+
+[[noreturn]] void ThrowSystemError(const char* what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// While it lives, the signals that stop the program are noted, and arrive only while WaitForChildren()
+/// waits: none can slip in between looking and waiting.
+class StopWatch {
+public:
+    StopWatch()
+    {
+        stopSignal = 0;
+        struct sigaction action = {};
+        action.sa_handler = NoteStop;
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        for (size_t i = 0; i < std::size(kStopSignals); ++i) {
+            sigaction(kStopSignals[i], &action, &m_before[i]);
+            sigaddset(&blocked, kStopSignals[i]);
+        }
+        sigprocmask(SIG_BLOCK, &blocked, &m_mask);
+    }
+    ~StopWatch() { Restore(); }
+    StopWatch(const StopWatch&) = delete;
+    StopWatch& operator=(const StopWatch&) = delete;
+
+    /// As it was before, also for a child that is to be stopped as any program.
+    void Restore() const
+    {
+        for (size_t i = 0; i < std::size(kStopSignals); ++i)
+            sigaction(kStopSignals[i], &m_before[i], nullptr);
+        sigprocmask(SIG_SETMASK, &m_mask, nullptr);
+    }
+    const sigset_t& GetMask() const { return m_mask; }
+    static bool IsStopped() { return stopSignal != 0; }
+
+private:
+    struct sigaction m_before[std::size(kStopSignals)] = {};
+    sigset_t m_mask = {};
+};
+
+void Limit(decltype(RLIMIT_AS) resource, qint64 most, qint64 grace = 0)
+{
+    rlimit limit = {};
+    if (most <= 0 || getrlimit(resource, &limit) != 0)
+        return;
+    // A limit that stands already may be lower.
+    limit.rlim_max = std::min(limit.rlim_max, rlim_t(most + grace));
+    limit.rlim_cur = std::min(limit.rlim_max, rlim_t(most));
+    setrlimit(resource, &limit);
+}
+
+void SetLimits(const Limits& limits)
+{
+    constexpr qint64 kSecondsToDie = 5;
+    if (kCanLimitMemory)
+        Limit(RLIMIT_AS, limits.memoryBytes);
+    Limit(RLIMIT_CPU, limits.seconds, kSecondsToDie);
+    Limit(RLIMIT_FSIZE, limits.fileBytes);
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+}
+
+struct Child {
+    size_t index = 0; ///< of the job
+    pid_t process = 0;
+    int pipe = -1;
+    QByteArray output;
+};
+
+/// The end of the child: never returns into the program that was copied.
+[[noreturn]] void LiveAsChild(const Job& job, const Limits& limits, int pipe, pid_t parent)
+{
+    // Nobody would take the result.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent || dup2(pipe, STDOUT_FILENO) < 0)
+        _exit(int(ExitCode::Stopped));
+    SetLimits(limits);
+    const ExitCode code = Guard(job);
+    std::fflush(stdout);
+    std::exit(int(code));
+}
+
+Child Begin(size_t index, const Job& job, const Limits& limits, const StopWatch& watch)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        ThrowSystemError("no pipe to a child process");
+    // What waits in a buffer would be printed twice.
+    std::fflush(nullptr);
+    const pid_t parent = getpid();
+    const pid_t process = fork();
+    if (process == 0) {
+        watch.Restore();
+        LiveAsChild(job, limits, ends[1], parent);
+    }
+    close(ends[1]);
+    if (process < 0) {
+        close(ends[0]);
+        ThrowSystemError("no child process");
+    }
+    return {index, process, ends[0], {}};
+}
+
+QString DeathText(int signal, const Limits& limits)
+{
+    switch (signal) {
+    case SIGXCPU:
+        return QStringLiteral("stopped, it takes more than %1 s of processor time").arg(limits.seconds);
+    case SIGXFSZ:
+        return QStringLiteral("stopped, it writes a file of more than %1 bytes")
+            .arg(CountText(limits.fileBytes));
+    case SIGKILL:
+        return QStringLiteral("stopped, its process was killed");
+    default:
+        return QStringLiteral("stopped, its process ended by signal %1").arg(signal);
+    }
+}
+
+constexpr ExitCode kCodesOfJobs[] = {ExitCode::Done,        ExitCode::Usage, ExitCode::CannotOpen,
+                                     ExitCode::NotReadable, ExitCode::Empty, ExitCode::WriteFailed,
+                                     ExitCode::Stopped};
+
+JobEnd EndOf(const Child& child, int status, const Limits& limits)
+{
+    if (!WIFEXITED(status))
+        return {ExitCode::Stopped, child.output, DeathText(WTERMSIG(status), limits)};
+    for (const ExitCode code : kCodesOfJobs)
+        if (int(code) == WEXITSTATUS(status))
+            return {code, child.output, {}};
+    return {ExitCode::Stopped, child.output,
+            QStringLiteral("stopped, its process ended with %1").arg(WEXITSTATUS(status))};
+}
+
+int WaitFor(pid_t process)
+{
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+/// The children at work.
+class Children {
+public:
+    Children(const Limits& limits, const StopWatch& watch) : m_limits(limits), m_watch(watch) {}
+    ~Children() { Kill(); }
+    Children(const Children&) = delete;
+    Children& operator=(const Children&) = delete;
+
+    size_t GetCount() const { return m_children.size(); }
+    void Add(size_t index, const Job& job) { m_children.push_back(Begin(index, job, m_limits, m_watch)); }
+
+    /// Waits until a child says something or ends, or the program is told to stop.
+    /// @param onEnd  gets index and end of each child that ended
+    template<class OnEnd>
+    void Wait(const OnEnd& onEnd)
+    {
+        std::vector<pollfd> pipes;
+        for (const Child& child : m_children)
+            pipes.push_back({child.pipe, POLLIN, 0});
+        if (ppoll(pipes.data(), pipes.size(), nullptr, &m_watch.GetMask()) < 0)
+            return;
+        for (size_t i = pipes.size(); i-- > 0;)
+            if (pipes[i].revents != 0 && !Take(m_children[i]))
+                Bury(i, onEnd);
+    }
+
+private:
+    /// @return false when the child's output has come to its end
+    static bool Take(Child& child)
+    {
+        char bytes[1 << 16];
+        const ssize_t count = read(child.pipe, bytes, sizeof bytes);
+        if (count > 0)
+            child.output.append(bytes, int(count));
+        return count > 0 || (count < 0 && errno == EINTR);
+    }
+
+    template<class OnEnd>
+    void Bury(size_t i, const OnEnd& onEnd)
+    {
+        const Child child = m_children[i];
+        m_children.erase(m_children.begin() + std::ptrdiff_t(i));
+        close(child.pipe);
+        onEnd(child.index, EndOf(child, WaitFor(child.process), m_limits));
+    }
+
+    void Kill()
+    {
+        for (const Child& child : m_children)
+            kill(child.process, SIGKILL);
+        for (const Child& child : m_children) {
+            close(child.pipe);
+            WaitFor(child.process);
+        }
+    }
+
+    const Limits& m_limits;
+    const StopWatch& m_watch;
+    std::vector<Child> m_children;
+};
+
+} // namespace
+
+Limits UsualLimits()
+{
+    constexpr qint64 kTenMinutes = 600;
+    constexpr qint64 kLargestFile = qint64(64) << 30;
+    const qint64 pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGESIZE);
+    return {std::max(pages * pageSize / 2, qint64(0)), kTenMinutes, kLargestFile};
+}
+
+bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,
+             const std::function<void(size_t index, const JobEnd& end)>& onEnd)
+{
+    const StopWatch watch;
+    Children children(limits, watch);
+    std::map<size_t, JobEnd> ended; // out of order
+    size_t begun = 0, told = 0;
+    while (told < jobs.size() && !StopWatch::IsStopped()) {
+        while (begun < jobs.size() && children.GetCount() < std::max<size_t>(atOnce, 1)) {
+            children.Add(begun, jobs[begun]);
+            ++begun;
+        }
+        children.Wait([&](size_t index, JobEnd end) { ended.emplace(index, std::move(end)); });
+        for (auto next = ended.find(told); next != ended.end(); next = ended.find(told)) {
+            onEnd(told++, next->second);
+            ended.erase(next);
+        }
+    }
+    return told == jobs.size();
+}
+
+} // namespace krmodel

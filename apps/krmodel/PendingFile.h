@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+
+namespace krmodel {
+
+/// A file that is written beside its target and takes the target's place once it is good: whatever goes wrong
+/// before, the target stays as it was. Of a link the file that it leads to is replaced; access rights are
+/// kept. A target that cannot be replaced, as a pipe or a device, gets the bytes at the end instead.
+class PendingFile {
+public:
+    /// Chooses a name and creates nothing.
+    explicit PendingFile(const QString& target);
+
+    const QString& GetTarget() const { return m_target; }
+    /// Where to write: a name of its own, with the target's suffix.
+    const QString& GetName() const { return m_name; }
+
+    /// Puts the bytes on the disk and the file in its target's place.
+    /// @throws Failure with WriteFailed; the target is as it was, unless it is a device
+    void Commit() const;
+
+    /// Removes what was written, if it is still there.
+    void Discard() const;
+
+private:
+    bool IsReplaceable() const;
+    void CopyToTarget() const;
+    [[noreturn]] void Fail(const QString& reason) const;
+
+    QString m_target;
+    QString m_place; ///< where the target really lies
+    QString m_name;
+};
+
+} // namespace krmodel
