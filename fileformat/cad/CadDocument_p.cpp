@@ -9,6 +9,8 @@
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
 
+#include "fileformat/cad/ExternalFiles_p.h"
+
 namespace kr::cad {
 
 namespace {
@@ -52,12 +54,6 @@ private:
     double m_millimetres; // readers set this one from the other
 };
 
-template<class Reader>
-bool ReadAndTransfer(Reader& reader, const QString& fileName, Handle(TDocStd_Document) & document)
-{
-    return reader.ReadFile(fileName.toUtf8().constData()) == IFSelect_RetDone && reader.Transfer(document);
-}
-
 } // namespace
 
 CadDocument::CadDocument(const QString& fileName)
@@ -78,8 +74,19 @@ CadDocument::~CadDocument()
 bool CadDocument::Read(Format format, const QString& fileName)
 {
     const MillimetresMeanwhile millimetres;
-    return format == Format::Step ? ReadAndTransfer(m_stepReader, fileName, m_document)
-                                  : ReadAndTransfer(m_igesReader, fileName, m_document);
+    const QByteArray path = fileName.toUtf8();
+    return format == Format::Step ? ReadStep(path.constData()) : ReadIges(path.constData());
+}
+
+bool CadDocument::ReadStep(const char* path)
+{
+    return m_stepReader.ReadFile(path) == IFSelect_RetDone &&
+           CanFollowExternalFiles(m_stepReader.Reader().WS()) && m_stepReader.Transfer(m_document);
+}
+
+bool CadDocument::ReadIges(const char* path)
+{
+    return m_igesReader.ReadFile(path) == IFSelect_RetDone && m_igesReader.Transfer(m_document);
 }
 
 TDF_LabelSequence CadDocument::FreeShapes() const

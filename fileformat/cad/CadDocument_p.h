@@ -34,6 +34,9 @@ public:
     void EndTurn() { m_turn.unlock(); }
 
 private:
+    bool ReadStep(const char* path);
+    bool ReadIges(const char* path);
+
     // Declared first: all that follows goes within the turn.
     std::unique_lock<std::mutex> m_turn;
     Handle(TDocStd_Application) m_application;

@@ -42,14 +42,16 @@ public:
     /// not merged. Of a face that solids have in common an earlier solid's triangles stay if they are fine
     /// enough. Volumes are set; normals and neighbours are provided at their first request.
     ///
-    /// Parts that a STEP file keeps in other files are read from the folder of @p fileName.
+    /// Parts that a STEP file keeps in other STEP files are read from there, relative to its own folder; a
+    /// file that is missing is left out.
     ///
     /// @param meshes          empty; what it holds is replaced on success
     /// @param prefixFileName  true: the root is the file's name without folder and suffixes; false: none
     /// @return false when the name ends otherwise or is empty but for suffixes, when the file cannot be read
-    ///         or transferred, or an IGES file's terminate record is missing or disagrees with its sections
-    ///         (@p meshes is untouched then); and when the document holds no solid, shell or face (@p meshes
-    ///         is empty then). Shapes of which none yields a triangle give true and no mesh
+    ///         or transferred, an IGES file's terminate record is missing or disagrees with its sections,
+    ///         or STEP files name each other for their parts (@p meshes is untouched then); and when the
+    ///         document holds no solid, shell or face (@p meshes is empty then). Shapes of which none yields
+    ///         a triangle give true and no mesh
     /// @throws Standard_Failure and its family, of OpenCASCADE and no std::exception, as for a @p deflection
     ///         of 0 for a solid or an @p angle of 0; nothing is left behind
     /// @throws std::bad_alloc when memory runs out
