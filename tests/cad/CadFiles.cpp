@@ -286,6 +286,19 @@ CadPartPointer Assembly(const QString& name, const std::vector<CadInstance>& com
     return std::make_shared<const CadPart>(CadPart{name, nullptr, components});
 }
 
+SampleParts MakeSampleParts()
+{
+    SampleParts parts;
+    parts.pin = Part(QStringLiteral("Pin"), PiercedBox(20, 10, 5, 3));
+    parts.ball = Part(QStringLiteral("Ball"), Sphere(4));
+    parts.pair = Part(QStringLiteral("Pair"), Compound({Torus(9, 2), Moved(Cylinder(2, 9), {30, 0, 0})}));
+    parts.sheet = Part(QStringLiteral("Sheet"), CylinderFace(3, 5));
+    parts.whole = Assembly(
+        QStringLiteral("Whole"),
+        {{parts.pin, {}}, {parts.pin, {50, 0, 0, 45}}, {parts.ball, {0, 60, 0}}, {parts.pair, {0, 0, 80}}});
+    return parts;
+}
+
 bool WriteSTEP(const QString& path, const std::vector<CadPartPointer>& parts)
 {
     const SilentOpenCascade silence;

@@ -76,6 +76,16 @@ struct CadPart {
 CadPartPointer Part(const QString& name, const CadShape& shape);
 CadPartPointer Assembly(const QString& name, const std::vector<CadInstance>& components);
 
+/// Parts of several kinds.
+struct SampleParts {
+    CadPartPointer pin;   ///< a solid with flat and curved faces
+    CadPartPointer ball;  ///< a solid of one face
+    CadPartPointer pair;  ///< two solids
+    CadPartPointer sheet; ///< a face
+    CadPartPointer whole; ///< an assembly of the others, five solids
+};
+SampleParts MakeSampleParts();
+
 /// Writes a file with these parts at the top of its document.
 /// @return false when OpenCASCADE does not
 [[nodiscard]] bool WriteSTEP(const QString& path, const std::vector<CadPartPointer>& parts);

@@ -67,6 +67,18 @@ inline bool IsClosed(const Mesh& mesh)
     return std::all_of(balance.begin(), balance.end(), [](const auto& edge) { return edge.second == 0; });
 }
 
+/// Counts as the lists are long, faces of vertices there are.
+inline bool IsWhole(const Mesh& mesh)
+{
+    const auto isVertex = [&](int index) { return index >= 0 && index < mesh.GetVertexNum(); };
+    const auto& faces = *mesh.GetFacesVecPtr();
+    return mesh.GetVerticesVecPtr()->size() == static_cast<std::size_t>(mesh.GetVertexNum()) &&
+           faces.size() == static_cast<std::size_t>(mesh.GetFaceNum()) &&
+           std::all_of(faces.begin(), faces.end(), [&](const TriangleFace& face) {
+               return isVertex(face[0]) && isVertex(face[1]) && isVertex(face[2]);
+           });
+}
+
 inline std::array<float, 3> Coordinates(const Vector3D<float>& point)
 {
     return {point.x, point.y, point.z};

@@ -32,7 +32,7 @@ protected:
     }
     QStringList Both(const CadShape& shape) const { return {STEP(shape), IGES(shape)}; }
 
-    const Directory m_directory;
+    Directory m_directory;
 };
 
 std::vector<CadShape> CurvedAndFlatSolids()

@@ -71,7 +71,7 @@ private:
         return QFile::copy(library, m_directory.Path(QFileInfo(library).fileName()));
     }
 
-    const Directory m_directory;
+    Directory m_directory;
 };
 
 TEST_F(LoadedProgram, FindsTheLibraryBesideTheOneOfTheFormats)

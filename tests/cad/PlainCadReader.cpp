@@ -201,7 +201,7 @@ PlainCadMesh MeshOfSolidOrShell(const TopoDS_Shape& shape, double deflection, do
     PlainCadMesh mesh;
     mesh.kind = shape.ShapeType() == TopAbs_SOLID ? PlacedKind::Solid : PlacedKind::Shell;
     mesh.size = SizeOf(shape);
-    BRepMesh_IncrementalMesh(shape, ParametersFor(mesh.size, deflection, angle));
+    const BRepMesh_IncrementalMesh mesher(shape, ParametersFor(mesh.size, deflection, angle));
     for (TopExp_Explorer explorer(shape, TopAbs_FACE); explorer.More(); explorer.Next())
         AddTriangles(TopoDS::Face(explorer.Current()), mesh);
     mesh.rawVertices = mesh.vertices;
@@ -218,7 +218,7 @@ PlainCadMesh MeshOfFace(const TopoDS_Face& face, double deflection, double angle
     TopLoc_Location location;
     const Handle(Poly_Triangulation) known = BRep_Tool::Triangulation(face, location);
     if (known.IsNull() || known->Deflection() > distance + 1e-7)
-        BRepMesh_IncrementalMesh(face, distance, Standard_False, angle, Standard_False);
+        const BRepMesh_IncrementalMesh mesher(face, distance, Standard_False, angle, Standard_False);
     AddTriangles(face, mesh);
     mesh.rawVertices = mesh.vertices;
     return mesh;

@@ -56,7 +56,7 @@ protected:
         return m_directory.Write(Directory::Read(path), Text(name));
     }
 
-    const Directory m_directory;
+    Directory m_directory;
 };
 
 /// A load of @p path refuses it and leaves the caller's vector alone.
