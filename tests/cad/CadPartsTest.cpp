@@ -52,6 +52,11 @@ TopoDS_Face RoundFace()
     return TopoDS::Face(TopExp_Explorer(BRepPrimAPI_MakeCylinder(10, 20).Shape(), TopAbs_FACE).Current());
 }
 
+void Triangulate(const TopoDS_Shape& shape, double deflection, double angle)
+{
+    const BRepMesh_IncrementalMesh mesher(shape, deflection, false, angle);
+}
+
 Handle(Poly_Triangulation) TriangulationOf(const TopoDS_Face& face)
 {
     TopLoc_Location location;
@@ -103,7 +108,7 @@ TEST(CadShapeSize, DoesNotCareForTriangles)
 {
     const TopoDS_Shape ball = BRepPrimAPI_MakeSphere(10).Shape();
     const double size = ComputeShapeSize(ball);
-    BRepMesh_IncrementalMesh(ball, 5, false, 2);
+    Triangulate(ball, 5, 2);
     EXPECT_EQ(ComputeShapeSize(ball), size);
     EXPECT_GE(size, 80);
 }
@@ -121,7 +126,7 @@ TEST(CadFace, WithoutTrianglesGivesNull)
 TEST(CadFace, TriangulatedFinerIsNotMeshedAgain)
 {
     const TopoDS_Face face = RoundFace();
-    BRepMesh_IncrementalMesh(face, 0.01, false, 0.1);
+    Triangulate(face, 0.01, 0.1);
     const Handle(Poly_Triangulation) earlier = TriangulationOf(face);
     const std::unique_ptr<Mesh> mesh = TessellateFace(face, {1, 0.5});
     EXPECT_EQ(TriangulationOf(face), earlier);
@@ -133,7 +138,7 @@ TEST(CadFace, TriangulatedAsFinelyAsAskedForIsNotMeshedAgain)
 {
     for (const double allowance : {0.0, 0.9e-7}) {
         const TopoDS_Face face = RoundFace();
-        BRepMesh_IncrementalMesh(face, 0.01, false, 0.1);
+        Triangulate(face, 0.01, 0.1);
         const Handle(Poly_Triangulation) earlier = TriangulationOf(face);
         ASSERT_NE(TessellateFace(face, {earlier->Deflection() - allowance, 0.1}), nullptr);
         EXPECT_EQ(TriangulationOf(face), earlier) << allowance;
@@ -143,7 +148,7 @@ TEST(CadFace, TriangulatedAsFinelyAsAskedForIsNotMeshedAgain)
 TEST(CadFace, TriangulatedCoarserIsMeshedAgain)
 {
     const TopoDS_Face face = RoundFace();
-    BRepMesh_IncrementalMesh(face, 5, false, 1);
+    Triangulate(face, 5, 1);
     const int earlierCount = TriangulationOf(face)->NbTriangles();
     const std::unique_ptr<Mesh> mesh = TessellateFace(face, {0.01, 0.1});
     ASSERT_NE(mesh, nullptr);
@@ -154,7 +159,7 @@ TEST(CadFace, TriangulatedCoarserIsMeshedAgain)
 TEST(CadFace, HasADeflectionOfATenThousandthAtLeast)
 {
     const TopoDS_Face face = RoundFace();
-    BRepMesh_IncrementalMesh(face, 0.0001, false, 0.1);
+    Triangulate(face, 0.0001, 0.1);
     const Handle(Poly_Triangulation) earlier = TriangulationOf(face);
     ASSERT_NE(TessellateFace(face, {0, 0.1}), nullptr);
     EXPECT_EQ(TriangulationOf(face), earlier);

@@ -62,7 +62,7 @@ protected:
 
     std::vector<Mesh*> m_meshes;
 
-    const test::Directory m_directory;
+    test::Directory m_directory;
 
 private:
     static void AddAssembly(const Handle(XCAFDoc_ShapeTool) & tool)

@@ -130,7 +130,7 @@ protected:
     }
 
 private:
-    const Directory m_directory;
+    Directory m_directory;
 };
 
 TEST_F(OpenCascadeState, IsAsBeforeAfterAnImport)

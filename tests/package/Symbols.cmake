@@ -13,3 +13,11 @@ foreach(library IN LISTS libraries)
         message(FATAL_ERROR "${library} exports ${CMAKE_MATCH_0}")
     endif()
 endforeach()
+
+# The library that is loaded for CAD files shows where to enter, and cannot be linked.
+file(GLOB module ${PREFIX}/${LIBDIR}/libKRCoreCad.so.?.?)
+execute_process(COMMAND ${NM} --dynamic --defined-only ${module} OUTPUT_VARIABLE symbols)
+string(REGEX MATCHALL " T [^\n]*" functions "${symbols}")
+if(NOT functions STREQUAL " T KRCoreCadImportFunction")
+    message(FATAL_ERROR "${module} exports ${functions}")
+endif()
