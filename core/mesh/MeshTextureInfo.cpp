@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QImageReader>
 #include <QStringList>
 
 #include "core/mesh/MapStatement_p.h"
@@ -17,18 +18,6 @@ constexpr int kBytesPerPixel = 4;
 constexpr int kMaxSide = 32768;
 constexpr qint64 kMaxBytes = qint64(1) << 30;
 
-qint64 ByteCount(const QSize& size)
-{
-    return qint64(size.width()) * size.height() * kBytesPerPixel;
-}
-
-// A few hundred bytes of file may ask for gigabytes of pixels.
-bool IsAcceptable(const QSize& size)
-{
-    return !size.isEmpty() && std::max(size.width(), size.height()) <= kMaxSide &&
-           ByteCount(size) <= kMaxBytes;
-}
-
 QSize ScaledSize(const QSize& size, int longestSide)
 {
     if (longestSide <= 0 || std::max(size.width(), size.height()) <= longestSide)
@@ -37,18 +26,16 @@ QSize ScaledSize(const QSize& size, int longestSide)
     return size.scaled(longestSide, longestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
 }
 
-// A null image when the file is no picture, or one whose size is not told before decoding or not acceptable.
+// A null image when the file is no picture, or one whose size is not told before decoding or not loadable.
 QImage ReadPicture(const QString& path, int longestSide)
 {
-    QImageReader reader(path);
-    const QSize size = reader.size();
-    if (!IsAcceptable(size))
-        return {};
-    // Some formats decode at the smaller size at once.
-    const QSize scaledSize = ScaledSize(size, longestSide);
-    if (scaledSize != size)
-        reader.setScaledSize(scaledSize);
-    return reader.read();
+    QFile file(path);
+    QImage image;
+    const auto shrunkSize = [longestSide](const QSize& size) {
+        return MeshTextureInfo::IsLoadableSize(size) ? std::make_optional(ScaledSize(size, longestSide))
+                                                     : std::nullopt;
+    };
+    return ImageTool::ReadPicture(file, image, shrunkSize) ? image : QImage();
 }
 
 QImage Shrunk(const QImage& image, int longestSide)
@@ -98,7 +85,7 @@ QString MeshTextureInfo::FindFile(const QStringList& tokens, const QString& dire
 bool MeshTextureInfo::load(const QImage& image, bool mirrorHorizontally, bool mirrorVertically,
                            bool swapRedAndBlue, int longestSide)
 {
-    QImage picture = IsAcceptable(image.size()) ? Shrunk(image, longestSide) : QImage();
+    QImage picture = IsLoadableSize(image.size()) ? Shrunk(image, longestSide) : QImage();
     ImageTool::ConvertToTextureImageAndFixBackground(picture);
     if (mirrorHorizontally)
         picture = picture.mirrored(true, false);
@@ -109,6 +96,12 @@ bool MeshTextureInfo::load(const QImage& image, bool mirrorHorizontally, bool mi
     height = picture.height();
     pixels = PixelsOf(picture, !mirrorVertically);
     return isValidSize();
+}
+
+bool MeshTextureInfo::IsLoadableSize(const QSize& size)
+{
+    return !size.isEmpty() && std::max(size.width(), size.height()) <= kMaxSide &&
+           qint64(size.width()) * size.height() * kBytesPerPixel <= kMaxBytes;
 }
 
 void MeshTextureInfo::clear()

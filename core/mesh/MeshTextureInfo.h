@@ -6,6 +6,7 @@
 #include "core/mesh/KRCoreMeshExport.h"
 
 class QImage;
+class QSize;
 class QStringList;
 
 /// One texture picture. Plain value; different objects may be used from different threads at once.
@@ -35,8 +36,8 @@ struct KRCORE_MESH_EXPORT MeshTextureInfo {
     /// @param directory  with its trailing separator, or empty
     /// @param longestSide  as in the other load()
     /// @return false when the statement has no file name, no regular file is found, or it holds no picture
-    ///     that Qt reads within the limits of the other load(), judged before it is decoded. The picture is
-    ///     then empty, and fileName is the path of the file found, or of the first place looked at
+    ///     of a loadable size that ImageTool::ReadPicture() reads, judged before it is decoded. The picture
+    ///     is then empty, and fileName is the path of the file found, or of the first place looked at
     bool load(const QStringList& tokens, const QString& directory, int longestSide);
 
     /// The picture that such a statement names, as load() finds it: the path of an existing regular file.
@@ -49,10 +50,14 @@ struct KRCORE_MESH_EXPORT MeshTextureInfo {
     /// @param swapRedAndBlue  exchange the two colours
     /// @param longestSide  a picture whose longer side has more pixels is scaled down to it, its proportions
     ///     kept; 0 or less keeps all pixels
-    /// @return false, with the picture empty, for a null image and for one that has more than 32768 pixels a
-    ///     side or 1 GiB of pixels before it is scaled
+    /// @return false, with the picture empty, for a null image and for one that is not of a loadable size
+    ///     before it is scaled
     bool load(const QImage& image, bool mirrorHorizontally, bool mirrorVertically, bool swapRedAndBlue,
               int longestSide);
+
+    /// Whether load() takes a picture of @p size: both sides are from 1 to 32768 pixels, and all together no
+    /// more than 1 GiB at 4 bytes each.
+    static bool IsLoadableSize(const QSize& size);
 
     /// Empties the picture and the file name.
     void clear();

@@ -2,9 +2,14 @@
 
 #include "core/utility/KRCoreUtilityExport.h"
 
+#include <functional>
+#include <optional>
+
 #include <QImage>
+#include <QSize>
 
 class QByteArray;
+class QIODevice;
 class QString;
 
 /// Operations on pictures in memory. Nothing is kept between calls: different images may be worked on by
@@ -12,6 +17,30 @@ class QString;
 /// null or std::bad_alloc passes through.
 class KRCORE_UTILITY_EXPORT ImageTool {
 public:
+    /// Chooses for a picture of a size, QSize() for one whose format does not tell it ahead of the pixels,
+    /// the size to decode it to: the same for all of its pixels, another to have it scaled smoothly, nothing
+    /// to refuse it.
+    using SizeChoice = std::function<std::optional<QSize>(const QSize& size)>;
+
+    /// Reads a picture of any format that Qt's plug-ins know. They tell it by its content, and by the suffix
+    /// too if @p device is a QFile; formats that scale while they decode, as JPEG does, take less time for
+    /// less pixels.
+    ///
+    /// A few hundred bytes of file may ask for gigabytes of pixels: @p choose judges the size before any
+    /// memory is taken for them. Rows from the top, which BMP files tell by a negative height, do not show in
+    /// it. An icon has the size of the PNG file that is its first picture, not that of its directory. When
+    /// the size decoded turns out to be neither announced nor chosen, @p choose is asked once more, and what
+    /// it refuses is dropped.
+    ///
+    /// Of a file that is cut short some formats give what is there; what lacks is grey in JPEG, otherwise
+    /// black or the first colour of the palette, never what the memory held before.
+    /// @param device  random-access, at the begin of the file; opened if it is not yet. It is left anywhere
+    /// @param image   replaced by the picture, its pixels in the format that the plug-in gives; null on
+    ///     failure and, with success, when the plug-in gives a picture without pixels
+    /// @param choose  may throw; that passes through, @p image null
+    /// @return false when it is no picture, damaged or refused
+    [[nodiscard]] static bool ReadPicture(QIODevice& device, QImage& image, const SizeChoice& choose);
+
     /// Turns @p image into grey levels: QImage::Format_RGB32 whose red, green and blue are all qGray() of the
     /// pixel, (11 red + 16 green + 5 blue) / 32 rounded down. Transparency is dropped, a transparent pixel
     /// counts with its colour.

@@ -1,16 +1,14 @@
 #include "fileformat/image/ImageFile.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 #include <iterator>
 #include <new>
 #include <optional>
 #include <utility>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QImageReader>
 #include <QString>
 
 #include "core/mesh/Mesh.h"
@@ -52,17 +50,6 @@ bool GivesRelief(const QSize& size, int scalePercent)
     return IsWithinLimit(size) && std::min(scaled.width(), scaled.height()) >= kMinSide;
 }
 
-// The size as the file's header tells it, invalid if it does not. BMP files whose rows run from the top tell
-// a negative height.
-QSize AnnouncedSize(const QImageReader& reader)
-{
-    const QSize size = reader.size();
-    if (size == QSize())
-        return size;
-    const auto magnitude = [](int side) { return int(std::min(std::abs(qint64(side)), qint64(INT_MAX))); };
-    return {magnitude(size.width()), magnitude(size.height())};
-}
-
 // `isWanted` judges the size of the picture: as its header tells it, before anything is decoded, or else when
 // it is there.
 template<class IsWanted>
@@ -71,16 +58,14 @@ LoadResult Decode(const QString& fileName, QImage& image, IsWanted isWanted)
     // Reading from a pipe or a device might never end.
     if (!QFileInfo(fileName).isFile())
         return LoadResult::NotLoaded;
-    QImageReader reader(fileName);
-    const QSize announced = AnnouncedSize(reader);
-    if (announced.isValid() && !isWanted(announced))
-        return LoadResult::NotLoaded;
-    if (!reader.read(&image))
+    QFile file(fileName);
+    const auto wholeSize = [&isWanted](const QSize& size) {
+        return !size.isValid() || isWanted(size) ? std::make_optional(size) : std::nullopt;
+    };
+    if (!ImageTool::ReadPicture(file, image, wholeSize))
         return LoadResult::NotLoaded;
     if (image.isNull())
         return LoadResult::Empty;
-    if (!isWanted(image.size()))
-        return LoadResult::NotLoaded;
     image = std::move(image).convertToFormat(QImage::Format_RGB32);
     return image.isNull() ? LoadResult::EmptyWhenConverted : LoadResult::Loaded;
 }

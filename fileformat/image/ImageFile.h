@@ -19,7 +19,8 @@ class QString;
 /// think of a damaged picture to the standard error output.
 ///
 /// A picture has at most 536,870,912 (2^29) pixels: the faces of a larger one could not be counted in 31
-/// bits. Where a format tells the size ahead of the pixels, it is judged before anything is decoded.
+/// bits. Where a format tells the size ahead of the pixels, it is judged before anything is decoded. Of a
+/// file that is cut short ImageTool::ReadPicture() tells what it shows.
 class KRCORE_FILEFORMAT_EXPORT ImageFile {
 public:
     /// "*.jpg *.jpeg *.png *.bmp *.tga *.tiff", as file dialogs take it.

@@ -1,14 +1,12 @@
 #include "fileformat/texture/ImageText_p.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
+#include <optional>
 
 #include <QBuffer>
 #include <QByteArray>
-#include <QImageReader>
-#include <QtEndian>
 
+#include "core/mesh/MeshTextureInfo.h"
 #include "core/utility/ImageTool.h"
 #include "fileformat/texture/Base64_p.h"
 
@@ -19,62 +17,10 @@ namespace {
 constexpr int kBytesPerPixel = 4;
 constexpr int kMostPngBytes = 750'000'000;
 
-// What a mesh takes as a texture; more could be read, but not be handed on.
-constexpr int kMaxSide = 32768;
-constexpr qint64 kMaxPixels = (qint64(1) << 30) / kBytesPerPixel;
-
-bool IsAcceptable(qint64 width, qint64 height)
+// More than a mesh takes could be read, but not be handed on.
+std::optional<QSize> WholeSize(const QSize& size)
 {
-    return width > 0 && height > 0 && std::max(width, height) <= qint64(kMaxSide) &&
-           width * height <= kMaxPixels;
-}
-
-const QByteArray kPngSignature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
-
-// PNG file: signature of 8 bytes, length and name of the first chunk, then
-//   width    uint32, big-endian
-//   height   uint32, big-endian
-// An icon's directory says one size and a PNG file inside may have any other, which is the one that Qt takes.
-bool HasAcceptablePngFiles(const QByteArray& bytes)
-{
-    constexpr int kSizeOffset = 16, kSizeEnd = 24;
-    for (int at = bytes.indexOf(kPngSignature); at >= 0; at = bytes.indexOf(kPngSignature, at + 1)) {
-        if (bytes.size() - at < kSizeEnd)
-            return true; // cut off before it has a size
-        const char* const size = bytes.constData() + at + kSizeOffset;
-        if (!IsAcceptable(qFromBigEndian<quint32>(size), qFromBigEndian<quint32>(size + 4)))
-            return false;
-    }
-    return true;
-}
-
-// A picture whose rows run from the top has a negative height in BMP files.
-QSize SizeOf(const QImageReader& reader)
-{
-    const QSize size = reader.size();
-    return {size.width(), size.height() >= -kMaxSide ? std::abs(size.height()) : 0};
-}
-
-// Of files that are cut short some readers give what was there, and set only those pixels: the others must
-// not show what the memory held before.
-QImage ReadOnBlack(QImageReader& reader, const QSize& size)
-{
-    QImage image(size, reader.imageFormat());
-    image.fill(Qt::black);
-    return reader.read(&image) ? image : QImage();
-}
-
-// A few hundred bytes of file may ask for gigabytes of pixels.
-QImage Decoded(QByteArray& file)
-{
-    QBuffer buffer(&file);
-    QImageReader reader(&buffer);
-    const QSize size = SizeOf(reader);
-    if (!IsAcceptable(size.width(), size.height()))
-        return {};
-    if (file.startsWith(kPngSignature))
-        return reader.read(); // whole or not at all
-    return HasAcceptablePngFiles(file) ? ReadOnBlack(reader, size) : QImage();
+    return MeshTextureInfo::IsLoadableSize(size) ? std::make_optional(size) : std::nullopt;
 }
 
 } // namespace
@@ -101,7 +47,10 @@ QImage ImageOfText(const QString& text)
 
 QImage ImageOfFile(QByteArray file)
 {
-    QImage image = Decoded(file);
+    QBuffer buffer(&file);
+    QImage image;
+    if (!ImageTool::ReadPicture(buffer, image, WholeSize))
+        return {};
     ImageTool::ConvertToTextureImageAndFixBackground(image);
     return image;
 }

@@ -1,10 +1,12 @@
+#include <climits>
+
 #include <sys/stat.h>
 
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
 
-#include "tests/common/Bytes.h"
+#include "tests/common/DirtyMemory.h"
 #include "tests/image/PicturePlugin.h"
 #include "tests/image/ReliefSupport.h"
 
@@ -151,7 +153,8 @@ TEST(ImagePicture, ThatIsEmptyWhenConvertedIsCode4)
 
 TEST(ImagePicture, OfTooManyPixelsIsCode2AndNotDecoded)
 {
-    for (const QSize& size : {QSize(16384, 32769), QSize((1 << 29) + 1, 1), QSize(1 << 30, 1 << 30)}) {
+    for (const QSize& size : {QSize(16384, 32769), QSize((1 << 29) + 1, 1), QSize(1 << 30, 1 << 30),
+                              QSize(-(1 << 15), -(1 << 15)), QSize(1, INT_MIN)}) {
         const int decodedBefore = test::DecodedOddPictures();
         ExpectCode(2, CheckBytes(test::OddPictureFile({size, {8, 8}})));
         EXPECT_EQ(test::DecodedOddPictures(), decodedBefore);
@@ -171,7 +174,7 @@ TEST(ImagePicture, OfEveryFormatIsLoaded)
 {
     ExpectLoads(test::Encoded(FourTiles(), "PNG"), FourTiles());
     ExpectLoads(test::Encoded(FourTiles(), "BMP"), FourTiles());
-    ExpectLoads(test::Encoded(FourTiles(), "JPG"), FourTiles(), 1);
+    ExpectLoads(test::Encoded(FourTiles(), "JPG", 100), FourTiles(), 1);
     ExpectLoads(test::Encoded(FourTiles(), "TIFF"), FourTiles());
     ExpectLoads(test::TGA(FourTiles(), test::Footer::OfVersion2), FourTiles(), 0, QStringLiteral("a.tga"));
 }
@@ -207,15 +210,32 @@ TEST(ImagePicture, OfPaletteOrOneBitIsLoadedFromBMPToo)
 
 TEST(ImagePicture, OfTypeBMPWithRowsFromTheTopIsLoaded)
 {
-    QByteArray file = test::Encoded(FourTiles().mirrored(), "BMP");
-    ASSERT_EQ(file.mid(22, 4), test::Bytes("\x10\0\0\0")) << "the height";
-    file.replace(22, 4, test::Bytes("\xf0\xff\xff\xff"));
-    ExpectLoads(file, FourTiles());
+    ExpectLoads(test::WithRowsFromTheTop(test::Encoded(FourTiles().mirrored(), "BMP")), FourTiles());
+}
+
+TEST(ImagePicture, OfTypeBMPThatIsCutShortIsBlackWhereItLacksPixels)
+{
+    const QImage image = test::PlainPicture(30, 30, 0xffffffff);
+    const test::DirtyMemory dirty;
+    const Checked checked = CheckBytes(test::CutShort(test::Encoded(image, "BMP")));
+    ASSERT_EQ(checked.code, 0);
+    EXPECT_EQ(checked.image.pixel(0, 29), 0xffffffff) << "the bottom row comes first";
+    EXPECT_EQ(checked.image.pixel(29, 0), 0xff000000);
+}
+
+TEST(ImagePicture, OfTypeIconIsLoadedWithThePngFileInside)
+{
+    ExpectLoads(test::IconOf({test::Encoded(FourTiles(), "PNG")}), FourTiles());
+    const Directory directory;
+    const QByteArray onePixel = test::Encoded(FourTiles().copy(3, 3, 1, 1), "PNG");
+    Mesh mesh(0.03f);
+    EXPECT_FALSE(test::LoadRelief(directory.Write(test::IconOf({onePixel})), mesh));
 }
 
 TEST(ImagePicture, OfTypeGreyJPEGIsLoaded)
 {
-    ExpectLoads(test::Encoded(FourTiles().convertToFormat(QImage::Format_Grayscale8), "JPG"), FourTiles(), 1);
+    ExpectLoads(test::Encoded(FourTiles().convertToFormat(QImage::Format_Grayscale8), "JPG", 100),
+                FourTiles(), 1);
 }
 
 TEST(ImagePicture, OfTypeCMYKJPEGIsLoaded)

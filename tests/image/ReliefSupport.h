@@ -8,8 +8,8 @@
 #include "core/mesh/Mesh.h"
 #include "fileformat/image/ImageFile.h"
 #include "tests/common/Directory.h"
+#include "tests/common/PictureFiles.h"
 #include "tests/image/LiteralRelief.h"
-#include "tests/image/PictureFiles.h"
 
 namespace test {
 

@@ -12,6 +12,9 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "tests/common/DirtyMemory.h"
+#include "tests/common/PictureFiles.h"
+
 namespace {
 
 QStringList Statement(const QString& text)
@@ -32,9 +35,7 @@ QImage FourColors()
 
 QImage Plain(int width, int height, QRgb color = qRgb(10, 20, 30))
 {
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(color);
-    return image;
+    return test::PlainPicture(width, height, color);
 }
 
 // One letter a pixel in the order in which they are held.
@@ -67,49 +68,6 @@ void ExpectSize(const MeshTextureInfo& info, int width, int height)
     EXPECT_EQ(info.width, width);
     EXPECT_EQ(info.height, height);
     EXPECT_TRUE(info.isValidSize());
-}
-
-std::uint32_t Crc32(const QByteArray& bytes)
-{
-    std::uint32_t crc = 0xffffffff;
-    for (const char byte : bytes) {
-        crc ^= std::uint8_t(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc >> 1 ^ (crc & 1 ? 0xedb88320 : 0);
-    }
-    return ~crc;
-}
-
-QByteArray BigEndian(std::uint32_t number)
-{
-    QByteArray bytes;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        bytes.append(char(number >> shift & 0xff));
-    return bytes;
-}
-
-QByteArray PNGChunk(const QByteArray& typeAndData)
-{
-    return BigEndian(std::uint32_t(typeAndData.size() - 4)) + typeAndData + BigEndian(Crc32(typeAndData));
-}
-
-// A picture file whose header alone is good.
-QByteArray PNGThatClaims(std::uint32_t width, std::uint32_t height)
-{
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) +
-           PNGChunk("IHDR" + BigEndian(width) + BigEndian(height) + QByteArray("\x08\x02\x00\x00\x00", 5)) +
-           PNGChunk("IDAT") + PNGChunk("IEND");
-}
-
-// Uncompressed, 24 bits a pixel, rows from the bottom: blue white / red green. Qt asks for the footer.
-QByteArray TGAOfFourColors()
-{
-    QByteArray bytes(18, '\0');
-    bytes[2] = 2;
-    bytes[12] = bytes[14] = 2;
-    bytes[16] = 24;
-    bytes += QByteArray("\xff\x00\x00\xff\xff\xff\x00\x00\xff\x00\xff\x00", 12);
-    return bytes + QByteArray(8, '\0') + QByteArray("TRUEVISION-XFILE.\0", 18);
 }
 
 class MeshTextureFile : public testing::Test {
@@ -292,6 +250,15 @@ TEST(MeshTextureInfo, RefusesMorePixelsThanItsLimits)
     ExpectEmptyPicture(info);
 }
 
+TEST(MeshTextureInfo, TellsWhichSizesItLoads)
+{
+    for (const QSize& size : {QSize(1, 1), QSize(32768, 8192), QSize(8192, 32768), QSize(16384, 16384)})
+        EXPECT_TRUE(MeshTextureInfo::IsLoadableSize(size)) << size.width();
+    for (const QSize& size : {QSize(), QSize(0, 5), QSize(-5, 5), QSize(32769, 1), QSize(1, 32769),
+                              QSize(32768, 8193), QSize(16385, 16384)})
+        EXPECT_FALSE(MeshTextureInfo::IsLoadableSize(size)) << size.width();
+}
+
 TEST(MeshTextureInfo, ClearEmptiesPictureAndName)
 {
     MeshTextureInfo info;
@@ -470,7 +437,7 @@ TEST_F(MeshTextureFile, IsReadWhateverItsSuffix)
 
 TEST_F(MeshTextureFile, OfTypeTGAIsReadWhereQtDoes)
 {
-    Write(QStringLiteral("four.tga"), TGAOfFourColors());
+    Write(QStringLiteral("four.tga"), test::TGA(FourColors(), test::Footer::OfVersion2));
     const bool isSupported = QImageReader::supportedImageFormats().contains("tga");
     EXPECT_EQ(Load(QStringLiteral("map_Kd four.tga")), isSupported);
     EXPECT_EQ(ColorsOf(m_info), isSupported ? QStringLiteral("BWRG") : QString());
@@ -494,10 +461,41 @@ TEST_F(MeshTextureFile, ThatClaimsTooManyPixelsIsRefusedUndecoded)
     } claims[] = {{32769, 1}, {1, 32769}, {32768, 8193}, {100000, 100000}, {0x7fffffff, 0x7fffffff}};
     for (const auto& claim : claims)
         for (const int longestSide : {0, 64}) {
-            Write(QStringLiteral("bomb.png"), PNGThatClaims(claim.width, claim.height));
+            Write(QStringLiteral("bomb.png"), test::PNGThatClaims(claim.width, claim.height));
             EXPECT_FALSE(Load(QStringLiteral("map_Kd bomb.png"), longestSide));
             ExpectEmptyPicture(m_info);
         }
+}
+
+TEST_F(MeshTextureFile, OfTypeBMPMayHaveItsRowsFromTheTop)
+{
+    Write(QStringLiteral("four.bmp"),
+          test::WithRowsFromTheTop(test::Encoded(FourColors().mirrored(), "BMP")));
+    EXPECT_TRUE(Load(QStringLiteral("map_Kd four.bmp")));
+    EXPECT_EQ(ColorsOf(m_info), QStringLiteral("BWRG"));
+    Write(QStringLiteral("large.bmp"), test::WithRowsFromTheTop(test::Encoded(Plain(160, 80), "BMP")));
+    EXPECT_TRUE(Load(QStringLiteral("map_Kd large.bmp"), 40));
+    ExpectSize(m_info, 40, 20);
+}
+
+TEST_F(MeshTextureFile, InAnIconIsJudgedByItsOwnSize)
+{
+    Write(QStringLiteral("long.ico"), test::IconOf({test::Encoded(Plain(32769, 1), "PNG")}));
+    EXPECT_FALSE(Load(QStringLiteral("map_Kd long.ico"), 64));
+    ExpectEmptyPicture(m_info);
+    Write(QStringLiteral("wood.ico"), test::IconOf({test::Encoded(Plain(60, 30), "PNG")}));
+    EXPECT_TRUE(Load(QStringLiteral("map_Kd wood.ico")));
+    ExpectSize(m_info, 60, 30);
+}
+
+TEST_F(MeshTextureFile, ThatIsCutShortShowsNoMemoryOfOthers)
+{
+    const QImage white = Plain(30, 30, 0xffffffff);
+    Write(QStringLiteral("cut.bmp"), test::CutShort(test::Encoded(white, "BMP")));
+    const test::DirtyMemory dirty;
+    ASSERT_TRUE(Load(QStringLiteral("map_Kd cut.bmp")));
+    EXPECT_EQ(m_info.pixels.left(4), QByteArray(4, '\xff')) << "the bottom row comes first";
+    EXPECT_EQ(m_info.pixels.right(4), QByteArray("\0\0\0\xff", 4));
 }
 
 TEST_F(MeshTextureFile, ThatIsADirectoryOrAPipeIsRefused)

@@ -11,13 +11,13 @@ using test::Text;
 
 const QByteArray& Picture()
 {
-    static const QByteArray kPicture = test::FileOf(test::RandomImage(3, 2), "PNG").toBase64();
+    static const QByteArray kPicture = test::Encoded(test::RandomPicture(3, 2), "PNG").toBase64();
     return kPicture;
 }
 
 const QByteArray& OtherPicture()
 {
-    static const QByteArray kPicture = test::FileOf(test::RandomImage(4, 5), "PNG").toBase64();
+    static const QByteArray kPicture = test::Encoded(test::RandomPicture(4, 5), "PNG").toBase64();
     return kPicture;
 }
 
@@ -48,7 +48,7 @@ TEST(TextureDocument, PictureMayStandAnywhereAndInAnyLayout)
     for (const char* layout : {"{\"image_data\":\"%\"}", "{\n \"image_data\" \t:\r\n \"%\" }",
                                "{\"header\": {\"texture_name\": \"a\"}, \"image_data\": \"%\"}",
                                "{\"image_data\": \"%\", \"settings\": {\"texture_repeat_x\": 3}}"})
-        EXPECT_EQ(LoadedPicture(QByteArray(layout).replace("%", Picture())), test::RandomImage(3, 2))
+        EXPECT_EQ(LoadedPicture(QByteArray(layout).replace("%", Picture())), test::RandomPicture(3, 2))
             << layout;
 }
 
@@ -57,29 +57,29 @@ TEST(TextureDocument, PictureOfAnInnerObjectIsNotThePicture)
     EXPECT_FALSE(LoadsAsParsedWhole("{\"header\": {\"image_data\": \"" + Picture() + "\"}}"));
     EXPECT_EQ(LoadedPicture("{\"header\": {\"image_data\": \"" + OtherPicture() + "\"}, \"image_data\": \"" +
                             Picture() + "\"}"),
-              test::RandomImage(3, 2));
+              test::RandomPicture(3, 2));
 }
 
 TEST(TextureDocument, LastOfSeveralPicturesCounts)
 {
     EXPECT_EQ(
         LoadedPicture("{\"image_data\": \"" + OtherPicture() + "\", \"image_data\": \"" + Picture() + "\"}"),
-        test::RandomImage(3, 2));
+        test::RandomPicture(3, 2));
     EXPECT_FALSE(LoadsAsParsedWhole("{\"image_data\": \"" + Picture() + "\", \"image_data\": 5}"));
 }
 
 TEST(TextureDocument, EscapesMeanWhatTheyMeanInJson)
 {
-    EXPECT_EQ(LoadedPicture("{\"image\\u005fdata\": \"" + Picture() + "\"}"), test::RandomImage(3, 2));
+    EXPECT_EQ(LoadedPicture("{\"image\\u005fdata\": \"" + Picture() + "\"}"), test::RandomPicture(3, 2));
     EXPECT_EQ(LoadedPicture("{\"image_data\": \"\\u00" + QByteArray::number(Picture()[0], 16) +
                             Picture().mid(1) + "\"}"),
-              test::RandomImage(3, 2));
+              test::RandomPicture(3, 2));
     EXPECT_EQ(LoadedPicture("{\"image_data\": \"" + QByteArray(Picture()).replace("/", "\\/") + "\"}"),
-              test::RandomImage(3, 2));
+              test::RandomPicture(3, 2));
     EXPECT_FALSE(LoadsAsParsedWhole("{\"a\\\"image_data\": \"" + Picture() + "\"}"));
     EXPECT_EQ(
         LoadedPicture("{\"header\": {\"texture_name\": \"\\\"\"}, \"image_data\": \"" + Picture() + "\"}"),
-        test::RandomImage(3, 2));
+        test::RandomPicture(3, 2));
 }
 
 TEST(TextureDocument, PictureDoesNotEndAtAnEscapedQuote)

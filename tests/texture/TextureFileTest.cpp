@@ -25,7 +25,7 @@ MeshMaterialParameters UnusualParameters()
 
 QString NameFrom(const char* fileName)
 {
-    return test::TextureOf(test::RandomImage(2, 2), Text(fileName)).getTextureName();
+    return test::TextureOf(test::RandomPicture(2, 2), Text(fileName)).getTextureName();
 }
 
 MeshTextureInfo InfoOfRows(const QByteArray& firstRow, const QByteArray& secondRow)
@@ -81,11 +81,11 @@ TEST(TextureFromMesh, TurnsTheRowsUpright)
 
 TEST(TextureFromMesh, KeepsAPictureOfItsOwn)
 {
-    MeshTextureInfo info = test::InfoOf(test::RandomImage(3, 2), Text("a.png"));
+    MeshTextureInfo info = test::InfoOf(test::RandomPicture(3, 2), Text("a.png"));
     TextureFile texture;
     ASSERT_TRUE(texture.Load(&info, {}, test::HostNames()));
     info.pixels.fill('\0');
-    EXPECT_EQ(texture.GetImage(), test::RandomImage(3, 2));
+    EXPECT_EQ(texture.GetImage(), test::RandomPicture(3, 2));
 }
 
 TEST(TextureFromMesh, TakesPixelsAtAnyAddress)
@@ -117,13 +117,13 @@ TEST(TextureFromMesh, WithoutANameIsUntitled)
 TEST(TextureFromMesh, IdentifierIsThePublishedExampleOfItsKind)
 {
     // RFC 9562, appendix A.4: version 5, namespace of host names.
-    EXPECT_EQ(test::TextureOf(test::RandomImage(2, 2), Text("www.example.com.png")).GetPatternID(),
+    EXPECT_EQ(test::TextureOf(test::RandomPicture(2, 2), Text("www.example.com.png")).GetPatternID(),
               Text("2ed6657d-e927-568b-95e1-2665a8aea6a2"));
 }
 
 TEST(TextureFromMesh, IdentifierFollowsTheNamespace)
 {
-    TextureFile texture = test::TextureOf(test::RandomImage(2, 2), Text("www.example.com.png"));
+    TextureFile texture = test::TextureOf(test::RandomPicture(2, 2), Text("www.example.com.png"));
     texture.initPatternID(QUuid());
     const QString elsewhere = texture.GetPatternID();
     EXPECT_NE(elsewhere, Text("2ed6657d-e927-568b-95e1-2665a8aea6a2"));
@@ -134,7 +134,7 @@ TEST(TextureFromMesh, IdentifierFollowsTheNamespace)
 
 TEST(TextureFromMesh, OfAnUntitledPictureIsIdentifiedByThatName)
 {
-    EXPECT_EQ(test::TextureOf(test::RandomImage(2, 2), QString()).GetPatternID(),
+    EXPECT_EQ(test::TextureOf(test::RandomPicture(2, 2), QString()).GetPatternID(),
               QUuid::createUuidV5(test::HostNames(), Text("untitled")).toString(QUuid::WithoutBraces));
 }
 
@@ -143,7 +143,7 @@ TEST(TextureFromMesh, FailureChangesNothing)
     TextureFile texture = test::TextureOf(UnusualParameters());
     const QByteArray before = test::SavedBytes(texture);
     EXPECT_FALSE(texture.Load(nullptr, {}, QUuid()));
-    MeshTextureInfo invalid = test::InfoOf(test::RandomImage(5, 4), Text("elm.png"));
+    MeshTextureInfo invalid = test::InfoOf(test::RandomPicture(5, 4), Text("elm.png"));
     invalid.width = 6;
     EXPECT_FALSE(texture.Load(&invalid, {}, QUuid()));
     const MeshTextureInfo empty;
@@ -154,17 +154,17 @@ TEST(TextureFromMesh, FailureChangesNothing)
 
 TEST(TextureFromMesh, ReplacesWhatWasThere)
 {
-    const MeshTextureInfo info = test::InfoOf(test::RandomImage(5, 4), Text("elm.png"));
+    const MeshTextureInfo info = test::InfoOf(test::RandomPicture(5, 4), Text("elm.png"));
     TextureFile texture = test::TextureOf(UnusualParameters());
     ASSERT_TRUE(texture.Load(&info, {}, test::HostNames()));
     EXPECT_EQ(test::SavedBytes(texture),
-              test::SavedBytes(test::TextureOf(test::RandomImage(5, 4), Text("elm.png"))));
+              test::SavedBytes(test::TextureOf(test::RandomPicture(5, 4), Text("elm.png"))));
 }
 
 TEST(TextureToMesh, GivesBackPictureAndName)
 {
-    const QImage image = test::RandomImage(5, 3);
-    MeshTextureInfo info = test::InfoOf(test::RandomImage(9, 9), Text("old.png"));
+    const QImage image = test::RandomPicture(5, 3);
+    MeshTextureInfo info = test::InfoOf(test::RandomPicture(9, 9), Text("old.png"));
     ASSERT_TRUE(test::TextureOf(image, Text("a/oak.png")).getTextureInfo(info, 0));
     EXPECT_EQ(info.width, 5);
     EXPECT_EQ(info.height, 3);
@@ -174,7 +174,7 @@ TEST(TextureToMesh, GivesBackPictureAndName)
 
 TEST(TextureToMesh, WithoutPictureEmptiesTheInfoButForItsName)
 {
-    MeshTextureInfo info = test::InfoOf(test::RandomImage(9, 9), Text("old.png"));
+    MeshTextureInfo info = test::InfoOf(test::RandomPicture(9, 9), Text("old.png"));
     EXPECT_FALSE(TextureFile().getTextureInfo(info, 0));
     EXPECT_EQ(info.fileName, Text("untitled"));
     EXPECT_EQ(info.width, 0);
@@ -184,7 +184,7 @@ TEST(TextureToMesh, WithoutPictureEmptiesTheInfoButForItsName)
 
 TEST(TextureToMesh, ScalesDownToTheLongestSide)
 {
-    const TextureFile texture = test::TextureOf(test::RandomImage(40, 20));
+    const TextureFile texture = test::TextureOf(test::RandomPicture(40, 20));
     MeshTextureInfo info;
     ASSERT_TRUE(texture.getTextureInfo(info, 10));
     EXPECT_EQ(info.width, 10);
@@ -203,10 +203,10 @@ TEST(TextureFile, ResetGivesANewObject)
 
 TEST(TextureFile, CanBeCopied)
 {
-    TextureFile texture = test::TextureOf(test::RandomImage(4, 4), Text("oak.png"), UnusualParameters());
+    TextureFile texture = test::TextureOf(test::RandomPicture(4, 4), Text("oak.png"), UnusualParameters());
     const TextureFile copy = texture;
     texture.Reset();
-    EXPECT_EQ(copy.GetImage(), test::RandomImage(4, 4));
+    EXPECT_EQ(copy.GetImage(), test::RandomPicture(4, 4));
     EXPECT_EQ(copy.getTextureName(), Text("oak"));
     test::ExpectSameParameters(copy.GetParameters(), UnusualParameters());
 }
@@ -218,13 +218,13 @@ TEST(TextureFileThreads, SaveAndLoadDifferentTexturesAtOnce)
     // look like a leak once the thread is gone.
     TextureFile first;
     ASSERT_TRUE(
-        test::TextureOf(test::RandomImage(2, 2, 9)).SaveFile(directory.Path(QStringLiteral("first"))));
+        test::TextureOf(test::RandomPicture(2, 2, 9)).SaveFile(directory.Path(QStringLiteral("first"))));
     ASSERT_TRUE(first.LoadFile(directory.Path(QStringLiteral("first"))));
     std::vector<std::thread> threads;
     for (unsigned number = 0; number < 4; ++number) {
         threads.emplace_back([&directory, number] {
             const QString path = directory.Path(QString::number(number));
-            const QImage image = test::RandomImage(30, 20, number);
+            const QImage image = test::RandomPicture(30, 20, number);
             for (int round = 0; round < 10; ++round) {
                 TextureFile texture;
                 EXPECT_TRUE(test::TextureOf(image).SaveFile(path));

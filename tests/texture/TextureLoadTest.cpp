@@ -31,7 +31,7 @@ QJsonObject DocumentWith(const char* section, const char* key, const QJsonValue&
 
 TextureFile Loaded(const QJsonObject& document)
 {
-    TextureFile texture = test::TextureOf(test::RandomImage(9, 9), Text("before.png"));
+    TextureFile texture = test::TextureOf(test::RandomPicture(9, 9), Text("before.png"));
     const bool isLoaded = texture.LoadFromJsonObject(document);
     EXPECT_EQ(isLoaded, !texture.GetImage().isNull());
     return texture;
@@ -79,7 +79,7 @@ TEST(TextureLoad, GivesBackWhatWasSaved)
     parameters.matrix.translation = Vector3D<double>(1.23456, -2.34567, 3.5);
     parameters.matrix.rotation = Vector3D<double>(10, 20, 30.456);
     parameters.matrix.repeat = Vector3D<double>(1.234, 5.678, 9);
-    const QImage image = test::RandomImage(31, 13);
+    const QImage image = test::RandomPicture(31, 13);
     const TextureFile saved = test::TextureOf(image, Text("dark oak.png"), parameters);
 
     TextureFile texture;
@@ -118,7 +118,7 @@ TEST(TextureLoad, PictureComesBackToTheMeshBitForBit)
 {
     for (int side = 1; side < 40; ++side) {
         const MeshTextureInfo info =
-            test::InfoOf(test::RandomImage(side, 41 - side, unsigned(side)), Text("oak.png"));
+            test::InfoOf(test::RandomPicture(side, 41 - side, unsigned(side)), Text("oak.png"));
         TextureFile saved, loaded;
         ASSERT_TRUE(saved.Load(&info, {}, test::HostNames()));
         ASSERT_TRUE(loaded.LoadFromJsonBuffer(test::SavedBytes(saved)));
@@ -291,7 +291,7 @@ TEST(TextureLoad, BuildsTheMatrix)
 
 TEST(TextureLoad, EmptyObjectGivesDefaultsAndNoPicture)
 {
-    TextureFile texture = test::TextureOf(test::RandomImage(3, 3));
+    TextureFile texture = test::TextureOf(test::RandomPicture(3, 3));
     EXPECT_FALSE(texture.LoadFromJsonObject({}));
     EXPECT_EQ(texture.GetPatternID(), QString());
     EXPECT_TRUE(texture.GetImage().isNull());
@@ -302,7 +302,7 @@ TEST(TextureLoad, BufferThatIsNoDocumentLeavesANewObject)
 {
     for (const char* text :
          {"", " ", "{", "{}x", "{\"a\": }", "text", "\"text\"", "null", "[1, 2", "{'a': 1}"}) {
-        TextureFile texture = test::TextureOf(test::RandomImage(3, 3));
+        TextureFile texture = test::TextureOf(test::RandomPicture(3, 3));
         EXPECT_FALSE(texture.LoadFromJsonBuffer(text));
         test::ExpectNew(texture);
     }
@@ -310,7 +310,7 @@ TEST(TextureLoad, BufferThatIsNoDocumentLeavesANewObject)
 
 TEST(TextureLoad, BufferWithAnArrayIsReadAsAnEmptyObject)
 {
-    TextureFile texture = test::TextureOf(test::RandomImage(3, 3));
+    TextureFile texture = test::TextureOf(test::RandomPicture(3, 3));
     EXPECT_FALSE(texture.LoadFromJsonBuffer("[{\"header\": {\"texture_name\": \"oak\"}}]"));
     EXPECT_EQ(texture.getTextureName(), Text("untitiled"));
     EXPECT_TRUE(texture.GetImage().isNull());
@@ -325,7 +325,7 @@ TEST(TextureLoad, BufferIsReadAfterAByteOrderMark)
 
 TEST(TextureLoad, TruncationAtEveryByteLeavesANewObject)
 {
-    const QByteArray whole = test::SavedBytes(test::TextureOf(test::RandomImage(3, 3)));
+    const QByteArray whole = test::SavedBytes(test::TextureOf(test::RandomPicture(3, 3)));
     TextureFile texture;
     for (int size = 0; size < whole.size() - 1; ++size) {
         EXPECT_FALSE(texture.LoadFromJsonBuffer(whole.left(size))) << size;
@@ -345,7 +345,7 @@ TEST(TextureLoad, DeepNestingEnds)
 TEST(TextureLoad, FileGivesWhatTheBufferGives)
 {
     const test::Directory directory;
-    const TextureFile saved = test::TextureOf(test::RandomImage(17, 9));
+    const TextureFile saved = test::TextureOf(test::RandomPicture(17, 9));
     TextureFile texture;
     ASSERT_TRUE(texture.LoadFile(directory.Write(test::SavedBytes(saved))));
     EXPECT_EQ(test::SavedBytes(texture), test::SavedBytes(saved));
@@ -356,7 +356,7 @@ TEST(TextureLoad, FileThatCannotBeReadLeavesANewObject)
     const test::Directory directory;
     for (const QString& path : {directory.Path(Text("missing")), directory.Path(QString()), QString(),
                                 directory.Write("no JSON"), directory.Write("[]", Text("array"))}) {
-        TextureFile texture = test::TextureOf(test::RandomImage(3, 3));
+        TextureFile texture = test::TextureOf(test::RandomPicture(3, 3));
         EXPECT_FALSE(texture.LoadFile(path)) << path.toStdString();
         test::ExpectNew(texture);
     }

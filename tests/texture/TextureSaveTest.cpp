@@ -65,7 +65,7 @@ TEST(TextureSave, WritesTheWholeDocument)
     parameters.matrix.repeat = Vector3D<double>(2.5, 1.0 / 3, 99);
     QImage image(1, 1, QImage::Format_RGB32);
     image.fill(qRgb(255, 0, 0));
-    const QByteArray picture = test::FileOf(image, "PNG").toBase64();
+    const QByteArray picture = test::Encoded(image, "PNG").toBase64();
     const QByteArray expected = "{\n"
                                 "    \"header\": {\n"
                                 "        \"texture_id\": \"2ed6657d-e927-568b-95e1-2665a8aea6a2\",\n"
@@ -160,10 +160,10 @@ TEST(TextureSave, OtherWrapModesHaveNoKey)
 
 TEST(TextureSave, PictureIsTheFileThatQtEncodes)
 {
-    const QImage image = test::RandomImage(33, 17);
+    const QImage image = test::RandomPicture(33, 17);
     const QString text = test::SavedObject(test::TextureOf(image)).value(Text("image_data")).toString();
     EXPECT_EQ(QByteArray::fromBase64(text.toLatin1(), QByteArray::AbortOnBase64DecodingErrors),
-              test::FileOf(image, "PNG"));
+              test::Encoded(image, "PNG"));
     EXPECT_FALSE(text.contains(QLatin1Char('\n')));
     EXPECT_EQ(text.size() % 4, 0);
 }
@@ -192,7 +192,7 @@ TEST(TextureSave, EmptyTextureHasAllKeysAndNoPicture)
 TEST(TextureSave, ObjectKeepsItsOtherKeys)
 {
     QJsonObject object = {{Text("kept"), 5}, {Text("version"), 7}, {Text("settings"), 8}};
-    const TextureFile texture = test::TextureOf(test::RandomImage(2, 2));
+    const TextureFile texture = test::TextureOf(test::RandomPicture(2, 2));
     texture.GetSaveObject(object);
     QJsonObject expected = test::SavedObject(texture);
     expected.insert(Text("kept"), 5);
@@ -204,7 +204,7 @@ TEST(TextureSave, FileHoldsWhatTheBufferHolds)
     const test::Directory directory;
     const QString path =
         directory.Write(QByteArray(100000, 'x'), Text("\xE6\x9C\xA8 \xF0\x9F\xA7\x8A.texture"));
-    const TextureFile texture = test::TextureOf(test::RandomImage(7, 5));
+    const TextureFile texture = test::TextureOf(test::RandomPicture(7, 5));
     ASSERT_TRUE(texture.SaveFile(path));
     EXPECT_EQ(test::Directory::Read(path), test::SavedBytes(texture));
 }
@@ -212,7 +212,7 @@ TEST(TextureSave, FileHoldsWhatTheBufferHolds)
 TEST(TextureSave, FailsWhereNoFileCanBeWritten)
 {
     const test::Directory directory;
-    const TextureFile texture = test::TextureOf(test::RandomImage(7, 5));
+    const TextureFile texture = test::TextureOf(test::RandomPicture(7, 5));
     EXPECT_FALSE(texture.SaveFile(QString()));
     EXPECT_FALSE(texture.SaveFile(directory.Path(QString())));
     EXPECT_FALSE(texture.SaveFile(directory.Path(Text("missing/a.texture"))));

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <ostream>
-#include <random>
 
-#include <QBuffer>
 #include <QByteArray>
 #include <QImage>
 #include <QJsonDocument>
@@ -16,6 +13,7 @@
 
 #include "core/mesh/MeshTextureInfo.h"
 #include "fileformat/texture/TextureFile.h"
+#include "tests/common/PictureFiles.h"
 
 namespace test {
 
@@ -28,25 +26,6 @@ inline QUuid HostNames()
 inline QString Text(const char* utf8)
 {
     return QString::fromUtf8(utf8);
-}
-
-inline QImage RandomImage(int width, int height, unsigned seed = 1)
-{
-    std::mt19937 random(seed);
-    QImage image(width, height, QImage::Format_RGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, 0xff000000 | static_cast<QRgb>(random()));
-    return image;
-}
-
-inline QByteArray FileOf(const QImage& image, const char* format)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    EXPECT_TRUE(buffer.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(image.save(&buffer, format)) << format;
-    return bytes;
 }
 
 inline MeshTextureInfo InfoOf(const QImage& image, const QString& fileName)
@@ -68,7 +47,7 @@ inline TextureFile TextureOf(const QImage& image, const QString& fileName = Text
 
 inline TextureFile TextureOf(const MeshMaterialParameters& parameters)
 {
-    return TextureOf(RandomImage(2, 2), Text("oak.png"), parameters);
+    return TextureOf(RandomPicture(2, 2), Text("oak.png"), parameters);
 }
 
 inline QByteArray SavedBytes(const TextureFile& texture)

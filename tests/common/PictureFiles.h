@@ -15,11 +15,30 @@ QImage RandomPicture(std::mt19937& random, int width, int height);
 /// A picture of these grey levels, row by row.
 QImage GreyPicture(int width, const std::vector<int>& levels);
 
+/// The same from a seed.
+QImage RandomPicture(int width, int height, unsigned seed = 1);
+
+/// A picture of one colour.
+QImage PlainPicture(int width, int height, QRgb color);
+
 /// The picture as a file of the format, "PNG" for example.
-QByteArray Encoded(const QImage& image, const char* format);
+/// @param quality  from 0 to 100, which loses least; -1: the usual one of the format
+QByteArray Encoded(const QImage& image, const char* format, int quality = -1);
 
 /// A picture file whose header alone is good.
 QByteArray PNGThatClaims(std::uint32_t width, std::uint32_t height);
+
+/// A bitmap file of 2 x 2 pixels, 32 bits each, whose header says another size.
+QByteArray BMPThatClaims(int width, int height);
+
+/// The bitmap file with its rows counted from the top, which turns the picture upside down.
+QByteArray WithRowsFromTheTop(const QByteArray& bmp);
+
+/// The bytes without the last quarter.
+QByteArray CutShort(const QByteArray& bytes);
+
+/// An icon of pictures that are PNG files, each 16 x 16 pixels as the icon's directory says.
+QByteArray IconOf(const std::vector<QByteArray>& pngs);
 
 enum class Footer { None, OfVersion2 };
 /// Without compression, 24 bits a pixel, rows from the bottom.

@@ -1,8 +1,10 @@
-#include "tests/image/PictureFiles.h"
+#include "tests/common/PictureFiles.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <QBuffer>
+#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +30,13 @@ QByteArray BigEndian(std::uint32_t number)
     QByteArray bytes;
     for (int shift = 24; shift >= 0; shift -= 8)
         bytes.append(static_cast<char>(number >> shift & 0xff));
+    return bytes;
+}
+
+QByteArray LittleEndian(int number)
+{
+    QByteArray bytes = BigEndian(static_cast<std::uint32_t>(number));
+    std::reverse(bytes.begin(), bytes.end());
     return bytes;
 }
 
@@ -107,6 +116,8 @@ QByteArray TileBits(const std::vector<Ink>& tiles)
     return bits.Finish();
 }
 
+constexpr int kBMPWidthAt = 18, kBMPHeightAt = 22;
+
 } // namespace
 
 QImage RandomPicture(std::mt19937& random, int width, int height)
@@ -115,6 +126,19 @@ QImage RandomPicture(std::mt19937& random, int width, int height)
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             image.setPixel(x, y, 0xff000000 | static_cast<QRgb>(random()));
+    return image;
+}
+
+QImage RandomPicture(int width, int height, unsigned seed)
+{
+    std::mt19937 random(seed);
+    return RandomPicture(random, width, height);
+}
+
+QImage PlainPicture(int width, int height, QRgb color)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(color);
     return image;
 }
 
@@ -128,11 +152,11 @@ QImage GreyPicture(int width, const std::vector<int>& levels)
     return image;
 }
 
-QByteArray Encoded(const QImage& image, const char* format)
+QByteArray Encoded(const QImage& image, const char* format, int quality)
 {
     QBuffer file;
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_TRUE(image.save(&file, format, 100)) << format;
+    EXPECT_TRUE(image.save(&file, format, quality)) << format;
     return file.data();
 }
 
@@ -141,6 +165,37 @@ QByteArray PNGThatClaims(std::uint32_t width, std::uint32_t height)
     return Bytes("\x89PNG\r\n\x1a\n") +
            PNGChunk("IHDR" + BigEndian(width) + BigEndian(height) + Bytes("\x08\x02\x00\x00\x00")) +
            PNGChunk("IDAT") + PNGChunk("IEND");
+}
+
+QByteArray BMPThatClaims(int width, int height)
+{
+    return Encoded(RandomPicture(2, 2), "BMP")
+        .replace(kBMPWidthAt, 4, LittleEndian(width))
+        .replace(kBMPHeightAt, 4, LittleEndian(height));
+}
+
+QByteArray WithRowsFromTheTop(const QByteArray& bmp)
+{
+    const int height = qFromLittleEndian<qint32>(bmp.constData() + kBMPHeightAt);
+    return QByteArray(bmp).replace(kBMPHeightAt, 4, LittleEndian(-height));
+}
+
+QByteArray CutShort(const QByteArray& bytes)
+{
+    return bytes.left(bytes.size() * 3 / 4);
+}
+
+QByteArray IconOf(const std::vector<QByteArray>& pngs)
+{
+    constexpr int kHeaderSize = 6, kEntrySize = 16;
+    const int count = static_cast<int>(pngs.size());
+    QByteArray directory = Bytes("\0\0\1\0") + Word(count, false), files;
+    for (const QByteArray& png : pngs) {
+        const int place = kHeaderSize + count * kEntrySize + files.size();
+        directory += Bytes("\x10\x10\0\0\1\0\x20\0") + LittleEndian(png.size()) + LittleEndian(place);
+        files += png;
+    }
+    return directory + files;
 }
 
 QByteArray TGA(const QImage& image, Footer footer)
