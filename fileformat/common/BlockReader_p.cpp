@@ -1,6 +1,7 @@
 #include "fileformat/common/BlockReader_p.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include <QIODevice>
@@ -56,6 +57,34 @@ void BlockReader::ReadBlock()
     m_position = begin;
     m_limit = limit;
     ++m_blockNumber;
+}
+
+bool BlockReader::ReadAcrossBlocks(char* to, std::size_t size)
+{
+    assert(m_lineEnds == LineEnds::AsStored);
+    while (size > 0) {
+        const std::size_t count = ReadSome(to, size);
+        if (count == 0)
+            return false;
+        to += count;
+        size -= count;
+    }
+    return true;
+}
+
+// At least a byte, unless there is none.
+std::size_t BlockReader::ReadSome(char* to, std::size_t size)
+{
+    if (m_position == m_limit) {
+        if (size >= m_blockSize)
+            return static_cast<std::size_t>(
+                std::max<qint64>(m_device.read(to, static_cast<qint64>(size)), 0));
+        ReadBlock();
+    }
+    const std::size_t count = std::min(size, Buffered().size());
+    std::memcpy(to, m_position, count);
+    m_position += count;
+    return count;
 }
 
 int SingleByteReader::NextByte()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -38,6 +39,17 @@ public:
         return m_position == m_limit ? m_ending : static_cast<unsigned char>(*m_position++);
     }
 
+    /// Copies the next @p size bytes as they are stored; in large pieces they come straight from the device.
+    /// @return false when the input ends before, or a read fails
+    [[nodiscard]] bool Read(char* to, std::size_t size)
+    {
+        if (size > Buffered().size())
+            return ReadAcrossBlocks(to, size);
+        std::memcpy(to, m_position, size);
+        m_position += size;
+        return true;
+    }
+
     /// The bytes at hand, never waiting for more; empty at the end of a block.
     std::string_view Buffered() const { return {m_position, static_cast<std::size_t>(m_limit - m_position)}; }
     /// Steps to @p position within, or to the end of, what Buffered() lends.
@@ -47,6 +59,8 @@ public:
 
 private:
     void ReadBlock();
+    bool ReadAcrossBlocks(char* to, std::size_t size);
+    std::size_t ReadSome(char* to, std::size_t size);
 
     QIODevice& m_device;
     LineEnds m_lineEnds;

@@ -1,17 +1,18 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <optional>
 
 #include <QtGlobal>
+
+#include "fileformat/common/BlockReader_p.h"
 
 class QFile;
 
 namespace kr::path {
 
-/// Byte source over an open path file: small pieces come from a block, large ones straight from the file.
-/// Keeps account of the bytes that are left, which counts are compared with.
+/// The bytes and counts of an open path file. Keeps account of the bytes that are left, which counts are
+/// compared with.
 class PathSource {
 public:
     explicit PathSource(QFile& file);
@@ -26,14 +27,8 @@ public:
     [[nodiscard]] std::optional<std::size_t> Count(std::size_t leastItemSize);
 
 private:
-    std::size_t TakeFromBlock(char* to, std::size_t size);
-    bool ReadBlock();
-
-    QFile& m_file;
+    BlockReader m_reader;
     std::size_t m_left;
-    std::unique_ptr<char[]> m_block;
-    const char* m_position;
-    const char* m_limit;
 };
 
 } // namespace kr::path

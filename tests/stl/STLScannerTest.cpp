@@ -110,6 +110,51 @@ TEST(BlockReader, LendsTheBytesAtHandAndSkipsWithinThem)
     EXPECT_NE(reader.BlockNumber(), block);
 }
 
+TEST(BlockReader, CopiesPiecesOfEverySize)
+{
+    QByteArray bytes;
+    for (int i = 0; i < 1000; ++i)
+        bytes.append(static_cast<char>(i * 7));
+    for (const std::size_t blockSize : kBlockSizes)
+        for (const int size : {1, 3, 7, 64, 65, 500, 1000}) {
+            Bytes device(bytes);
+            BlockReader reader(device, LineEnds::AsStored, blockSize);
+            QByteArray piece(size, '\0');
+            int position = 0;
+            for (; position + size <= bytes.size(); position += size) {
+                ASSERT_TRUE(reader.Read(piece.data(), static_cast<std::size_t>(size)));
+                ASSERT_EQ(piece, bytes.mid(position, size)) << blockSize;
+            }
+            EXPECT_FALSE(reader.Read(piece.data(), static_cast<std::size_t>(bytes.size() - position) + 1));
+        }
+}
+
+TEST(BlockReader, CopiesBetweenSingleBytes)
+{
+    Bytes device("abcdefghijkl");
+    BlockReader reader(device, LineEnds::AsStored, 4);
+    QByteArray piece(6, '\0');
+    EXPECT_EQ(reader.NextByte(), 'a');
+    EXPECT_TRUE(reader.Read(piece.data(), 2));
+    EXPECT_EQ(piece.left(2), "bc");
+    EXPECT_TRUE(reader.Read(piece.data(), 6)) << "one byte at hand, a block and one byte behind";
+    EXPECT_EQ(piece, "defghi");
+    EXPECT_EQ(reader.NextByte(), 'j');
+    EXPECT_TRUE(reader.Read(piece.data(), 0));
+    EXPECT_FALSE(reader.Read(piece.data(), 3));
+    EXPECT_EQ(reader.NextByte(), kr::kEndOfInput);
+}
+
+TEST(BlockReader, CopiesNothingBehindAFailure)
+{
+    for (const std::size_t size : {2U, 3U, 5U, 9U}) {
+        FailingDevice device("a");
+        BlockReader reader(device, LineEnds::AsStored, 4);
+        QByteArray piece(9, '\0');
+        EXPECT_FALSE(reader.Read(piece.data(), size));
+    }
+}
+
 TEST(STLScanner, TakesLettersDigitsMinusPointAndPlusIntoTokens)
 {
     for (int byte = 0; byte < 256; ++byte) {
