@@ -6,12 +6,16 @@
 #include <thread>
 #include <vector>
 
+#include "tests/common/FilledMesh.h"
 #include "tests/image/PicturePlugin.h"
 #include "tests/image/ReliefSupport.h"
 
 namespace {
 
 using test::Directory;
+using test::ExpectFilledMesh;
+using test::ExpectIdentityOfFilledMesh;
+using test::FilledMesh;
 using test::GreyPicture;
 using test::LoadRelief;
 using test::OddPicture;
@@ -43,43 +47,6 @@ std::vector<float> HeightsOf(const Mesh& mesh)
     for (const Point& vertex : TopOf(mesh))
         heights.push_back(vertex.z);
     return heights;
-}
-
-// A mesh with something in every place.
-Mesh FilledMesh()
-{
-    Mesh mesh(0.03f);
-    mesh.AddVertexAndFaces({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}});
-    mesh.GetTexCoordVecPtr()->emplace_back(0.5f, 0.25f);
-    mesh.GetTextureFacesVecPtr()->emplace_back(0, 0, 0);
-    mesh.SetVolume(7);
-    mesh.SetObjectID(3);
-    mesh.SetComponentsId(4);
-    mesh.SetObjectName(QStringLiteral("name"));
-    Matrix4<double> transform;
-    transform.set(0, 3, 12);
-    mesh.SetTransformMatrix(transform);
-    return mesh;
-}
-
-void ExpectIdentityOfFilledMesh(const Mesh& mesh)
-{
-    EXPECT_EQ(mesh.GetObjectID(), 3);
-    EXPECT_EQ(mesh.GetComponentsId(), 4);
-    EXPECT_EQ(mesh.GetObjectName(), QStringLiteral("name"));
-    EXPECT_EQ(mesh.GetTransformMatrix().get(0, 3), 12);
-}
-
-void ExpectFilledMesh(const Mesh& mesh)
-{
-    EXPECT_EQ(VerticesOf(mesh), (Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
-    EXPECT_EQ(*mesh.GetFacesVecPtr(), (Faces{{0, 1, 2}}));
-    EXPECT_EQ(mesh.GetTexCoordVecPtr()->size(), 1U);
-    EXPECT_EQ(mesh.GetTextureFacesVecPtr()->size(), 1U);
-    EXPECT_EQ(mesh.GetVertexNum(), 3);
-    EXPECT_EQ(mesh.GetFaceNum(), 1);
-    EXPECT_EQ(mesh.GetVolume(), 7);
-    ExpectIdentityOfFilledMesh(mesh);
 }
 
 void ExpectRefused(const QString& path, const ReliefArguments& arguments = {})

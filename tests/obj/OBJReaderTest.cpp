@@ -4,23 +4,28 @@
 #include <limits>
 #include <thread>
 
-#include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "tests/common/FilledMesh.h"
 #include "tests/common/GermanLocale.h"
+#include "tests/common/OpenFiles.h"
 #include "tests/obj/OBJLoadSupport.h"
 
 namespace {
 
 using test::Directory;
+using test::ExpectFilledMesh;
+using test::ExpectIdentityOfFilledMesh;
 using test::Faces;
+using test::FilledMesh;
 using test::Groups;
 using test::LoadedObj;
 using test::LoadObj;
 using test::LoadObjFile;
+using test::OpenFiles;
 using test::Point;
 using test::Points;
 using test::TexCoord;
@@ -45,31 +50,6 @@ Faces FacesOf(const QByteArray& text)
 Faces TextureFacesOf(const QByteArray& text)
 {
     return LoadObj(VertexLines(9) + text).TextureFaces();
-}
-
-// A mesh with something in every place.
-Mesh FilledMesh()
-{
-    Mesh mesh(0.03f);
-    mesh.AddVertexAndFaces({{7, 0, 0}, {8, 0, 0}, {7, 1, 0}}, {{0, 1, 2}});
-    mesh.GetTexCoordVecPtr()->assign(3, {});
-    mesh.GetTextureFacesVecPtr()->assign(1, {});
-    mesh.PostProcess(false, false, true, true, nullptr, nullptr);
-    mesh.SetVolume(77);
-    mesh.SetObjectID(5);
-    mesh.SetComponentsId(6);
-    mesh.SetObjectName(QStringLiteral("part"));
-    Matrix4<double> transform;
-    transform.set(0, 3, 9);
-    mesh.SetTransformMatrix(transform);
-    return mesh;
-}
-
-int OpenFiles()
-{
-    return static_cast<int>(QDir(QStringLiteral("/proc/self/fd"))
-                                .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)
-                                .size());
 }
 
 } // namespace
@@ -304,10 +284,7 @@ TEST(OBJReader, ReplacesWhatTheMeshHeldButItsIdentity)
     EXPECT_TRUE(mesh.GetTextureFacesVecPtr()->empty());
     EXPECT_EQ(mesh.GetFaceNormals().size(), 12U);
     EXPECT_EQ(groups.size(), 1U);
-    EXPECT_EQ(mesh.GetObjectID(), 5);
-    EXPECT_EQ(mesh.GetComponentsId(), 6);
-    EXPECT_EQ(mesh.GetObjectName(), QStringLiteral("part"));
-    EXPECT_EQ(mesh.GetTransformMatrix().get(0, 3), 9);
+    ExpectIdentityOfFilledMesh(mesh);
 }
 
 TEST(OBJReader, EmptiesTheMeshForAFileWithoutStatements)
@@ -336,16 +313,7 @@ TEST(OBJReader, LeavesTheMeshAloneButEmptiesTheGroupsWhenItFails)
     Groups groups(2);
     EXPECT_FALSE(OBJFile::LoadFile(directory.Path(QStringLiteral("missing.obj")), mesh, groups, true, 0));
     EXPECT_TRUE(groups.empty());
-    EXPECT_EQ(*mesh.GetVerticesVecPtr(), *FilledMesh().GetVerticesVecPtr());
-    EXPECT_EQ(*mesh.GetFacesVecPtr(), *FilledMesh().GetFacesVecPtr());
-    EXPECT_EQ(mesh.GetTexCoordVecPtr()->size(), 3U);
-    EXPECT_EQ(mesh.GetTextureFacesVecPtr()->size(), 1U);
-    EXPECT_EQ(mesh.GetVertexNum(), 3);
-    EXPECT_EQ(mesh.GetFaceNum(), 1);
-    EXPECT_EQ(mesh.GetVolume(), 77);
-    EXPECT_EQ(mesh.GetFaceNormals().size(), 1U);
-    EXPECT_EQ(mesh.GetFaceNeighbours().size(), 1U);
-    EXPECT_EQ(mesh.GetObjectID(), 5);
+    ExpectFilledMesh(mesh);
 }
 
 TEST(OBJReader, RefusesWhatIsNoPlainFile)

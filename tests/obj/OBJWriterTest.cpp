@@ -12,6 +12,7 @@
 #include "core/mesh/Mesh.h"
 #include "fileformat/obj/OBJFile.h"
 #include "tests/common/Directory.h"
+#include "tests/common/OpenFiles.h"
 
 namespace {
 
@@ -94,11 +95,6 @@ std::string OutOfRange(const std::string& index, std::size_t size)
 }
 
 const std::string kMinusOne = "18446744073709551615";
-
-int OpenFileCount()
-{
-    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
-}
 
 } // namespace
 
@@ -514,22 +510,22 @@ TEST(OBJWriter, LooksAtNoMeshWhenTheFileCannotBeOpened)
 
 TEST(OBJWriter, DoesNotReportWriteErrorsAndClosesTheFile)
 {
-    const int openBefore = OpenFileCount();
+    const int openBefore = test::OpenFiles();
     for (const char* const name : {"/dev/full", "/dev/null"}) {
         const QString path = QString::fromLatin1(name);
         ASSERT_TRUE(QFile::exists(path));
         EXPECT_TRUE(OBJFile::SaveFile(path, Square(), true, true));
     }
-    EXPECT_EQ(OpenFileCount(), openBefore);
+    EXPECT_EQ(test::OpenFiles(), openBefore);
 }
 
 TEST(OBJWriter, ClosesTheFileWhenItThrows)
 {
     Mesh mesh = Triangle();
     mesh.SetFaceNum(2);
-    const int openBefore = OpenFileCount();
+    const int openBefore = test::OpenFiles();
     EXPECT_THROW((void)OBJFile::SaveFile(QStringLiteral("/dev/null"), mesh, false, false), std::out_of_range);
-    EXPECT_EQ(OpenFileCount(), openBefore);
+    EXPECT_EQ(test::OpenFiles(), openBefore);
 }
 
 TEST(OBJWriter, WritesTheSameInEveryLocale)

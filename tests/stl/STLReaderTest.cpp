@@ -6,12 +6,12 @@
 #include <string>
 #include <thread>
 
-#include <QDir>
-
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "core/mesh/Mesh.h"
+#include "tests/common/FilledMesh.h"
+#include "tests/common/OpenFiles.h"
 #include "tests/stl/LoadSupport.h"
 #include "tests/stl/SoupBuilder.h"
 
@@ -20,19 +20,16 @@ namespace {
 using test::BinarySTL;
 using test::Cube;
 using test::Directory;
+using test::ExpectFilledMesh;
+using test::ExpectIdentityOfFilledMesh;
 using test::FacesIn;
+using test::FilledMesh;
 using test::Load;
+using test::OpenFiles;
 using test::Point;
 using test::TextSTL;
 
 using Points = std::vector<Point>;
-
-Mesh OneFacet()
-{
-    Mesh mesh(0.03f);
-    mesh.AddVertexAndFaces({{7, 0, 0}, {8, 0, 0}, {7, 1, 0}}, {{0, 1, 2}});
-    return mesh;
-}
 
 std::string MessageOfOutOfRange(const QByteArray& bytes, Mesh& mesh)
 {
@@ -42,13 +39,6 @@ std::string MessageOfOutOfRange(const QByteArray& bytes, Mesh& mesh)
         return error.what();
     }
     return "nothing thrown";
-}
-
-int OpenFiles()
-{
-    return static_cast<int>(QDir(QStringLiteral("/proc/self/fd"))
-                                .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)
-                                .size());
 }
 
 } // namespace
@@ -116,24 +106,13 @@ TEST(STLReader, ProvidesNeitherWhenProcessingIsLight)
 
 TEST(STLReader, ReplacesWhatTheMeshHeldButItsIdentity)
 {
-    Mesh mesh = OneFacet();
-    mesh.GetTexCoordVecPtr()->assign(3, {});
-    mesh.GetTextureFacesVecPtr()->assign(1, {});
-    mesh.SetObjectID(5);
-    mesh.SetComponentsId(6);
-    mesh.SetObjectName(QStringLiteral("part"));
-    Matrix4<double> transform;
-    transform.set(0, 3, 9);
-    mesh.SetTransformMatrix(transform);
+    Mesh mesh = FilledMesh();
     ASSERT_TRUE(Load(Cube(BinarySTL(), 2), mesh));
     EXPECT_EQ(mesh.GetFacesVecPtr()->size(), 12U);
     EXPECT_EQ(mesh.GetVerticesVecPtr()->size(), 8U);
     EXPECT_TRUE(mesh.GetTexCoordVecPtr()->empty());
     EXPECT_TRUE(mesh.GetTextureFacesVecPtr()->empty());
-    EXPECT_EQ(mesh.GetObjectID(), 5);
-    EXPECT_EQ(mesh.GetComponentsId(), 6);
-    EXPECT_EQ(mesh.GetObjectName(), QStringLiteral("part"));
-    EXPECT_EQ(mesh.GetTransformMatrix().get(0, 3), 9);
+    ExpectIdentityOfFilledMesh(mesh);
 }
 
 TEST(STLReader, LeavesTheMeshAloneWhenItFails)
@@ -141,33 +120,19 @@ TEST(STLReader, LeavesTheMeshAloneWhenItFails)
     const QByteArray cut = QByteArray(TextSTL().Facets(3)) + "vertex 1 2";
     for (const QByteArray& bytes :
          {QByteArray(), QByteArray("soli"), cut, QByteArray(BinarySTL().Facets(3).Count(4))}) {
-        Mesh mesh = OneFacet();
-        mesh.GetTexCoordVecPtr()->assign(3, {});
-        mesh.GetTextureFacesVecPtr()->assign(1, {});
-        mesh.PostProcess(false, false, true, true, nullptr, nullptr);
-        mesh.SetVolume(77);
+        Mesh mesh = FilledMesh();
         ASSERT_FALSE(Load(bytes, mesh));
-        EXPECT_EQ(*mesh.GetFacesVecPtr(), *OneFacet().GetFacesVecPtr());
-        EXPECT_EQ(*mesh.GetVerticesVecPtr(), *OneFacet().GetVerticesVecPtr());
-        EXPECT_EQ(mesh.GetTexCoordVecPtr()->size(), 3U);
-        EXPECT_EQ(mesh.GetTextureFacesVecPtr()->size(), 1U);
-        EXPECT_EQ(mesh.GetFaceNum(), 1);
-        EXPECT_EQ(mesh.GetVertexNum(), 3);
-        EXPECT_EQ(mesh.GetVolume(), 77);
-        EXPECT_EQ(mesh.GetFaceNormals().size(), 1U);
+        ExpectFilledMesh(mesh);
     }
 }
 
 TEST(STLReader, ThrowsForFewerNormalsThanFacetsAndLeavesTheMeshAlone)
 {
-    Mesh mesh = OneFacet();
-    mesh.SetVolume(77);
+    Mesh mesh = FilledMesh();
     const QByteArray bytes = QByteArray(TextSTL().Facets(2)) + "vertex 100 0 0 vertex 101 0 0 vertex 100 1 0";
     EXPECT_EQ(MessageOfOutOfRange(bytes, mesh),
               "vector::_M_range_check: __n (which is 2) >= this->size() (which is 2)");
-    EXPECT_EQ(*mesh.GetFacesVecPtr(), *OneFacet().GetFacesVecPtr());
-    EXPECT_EQ(*mesh.GetVerticesVecPtr(), *OneFacet().GetVerticesVecPtr());
-    EXPECT_EQ(mesh.GetVolume(), 77);
+    ExpectFilledMesh(mesh);
 }
 
 TEST(STLReader, TakesOneNormalOffForEachFacetThatIsRemoved)
@@ -188,7 +153,7 @@ TEST(STLReader, AcceptsMoreNormalsThanFacets)
 
 TEST(STLReader, SucceedsWhenEveryFacetIsRemoved)
 {
-    Mesh mesh = OneFacet();
+    Mesh mesh = FilledMesh();
     ASSERT_TRUE(Load(TextSTL().Facet({1, 1, 1}, {1, 1, 1}, {2, 2, 2}), mesh));
     EXPECT_EQ(mesh.GetFaceNum(), 0);
     EXPECT_EQ(mesh.GetVertexNum(), 0);
