@@ -94,7 +94,7 @@ private:
 /// The baseline of all writing: the bytes of the file @p source in blocks as a writer gathers them.
 inline void WriteBytes(benchmark::State& state, const QString& source, int facetCount)
 {
-    constexpr qint64 kBlockSize = 256 * 1024;
+    constexpr qint64 kBlockSize = qint64(256) * 1024;
     QFile input(source);
     if (!input.open(QIODevice::ReadOnly))
         return state.SkipWithError("cannot read");
