@@ -11,7 +11,8 @@
 // (libocct-data-exchange-dev) joins exactly equal corners; "copy" is the baseline, the file's bytes read and
 // its corners copied into one array. OBJ: tinyobjloader (libtinyobjloader-dev), OpenCASCADE and VTK
 // (libvtk9-dev); "read bytes" and "text stream" are the baselines, blocks that nothing is done with and a
-// save without a number formatter of its own.
+// save without a number formatter of its own. 3MF: lib3mf (lib3mf-dev), whose meshes have neither normals nor
+// neighbours, as those of this library until they are asked for.
 
 #include <algorithm>
 #include <cmath>
@@ -31,6 +32,7 @@
 
 #include "benchmarks/BenchmarkData.h"
 #include "benchmarks/Peers.h"
+#include "fileformat/3mf/Model3MF.h"
 #include "fileformat/obj/OBJFile.h"
 #include "fileformat/stl/STLFile.h"
 
@@ -82,6 +84,7 @@ struct Input {
     int sides;
     void (*change)(std::vector<Point>&);
     Job load;
+    int objects = 1;
 };
 
 constexpr Input kInputs[] = {
@@ -93,12 +96,29 @@ constexpr Input kInputs[] = {
     {"jittered 4M", 2000, 1000, JitterCorners, Job::LoadBinarySTL},
     {"text 1M", 1000, 500, nullptr, Job::LoadTextSTL},
     {"OBJ 1M", 1000, 500, nullptr, Job::LoadOBJ},
+    {"3MF 1M", 1000, 500, nullptr, Job::Load3MF},
+    {"3MF 200 x 5,000", 50, 50, nullptr, Job::Load3MF, 200},
 };
+
+int FacetCount(const Input& input)
+{
+    return 2 * input.rings * input.sides * input.objects;
+}
+
+bool MakePackage(const Input& input, const QString& path)
+{
+    Mesh mesh = bench::Torus(input.rings, input.sides);
+    Model3MF::ModelObjectInfo object;
+    object.mesh = &mesh;
+    return Model3MF().SaveFile(path, std::vector(std::size_t(input.objects), object), {0, 0, 0});
+}
 
 bool MakeInput(const Input& input, const QString& path)
 {
     if (input.load == Job::LoadOBJ)
         return OBJFile::SaveFile(path, bench::TexturedTorus(input.rings, input.sides), true, false);
+    if (input.load == Job::Load3MF)
+        return MakePackage(input, path);
     std::vector<Point> corners = TorusCorners(input.rings, input.sides);
     if (input.change)
         input.change(corners);
@@ -118,8 +138,8 @@ struct Result {
 std::vector<Entry> AllEntries()
 {
     std::vector<Entry> entries = peers::STLEntries();
-    const std::vector<Entry> more = peers::OBJEntries();
-    entries.insert(entries.end(), more.begin(), more.end());
+    for (const std::vector<Entry>& more : {peers::OBJEntries(), peers::ThreeMFEntries()})
+        entries.insert(entries.end(), more.begin(), more.end());
     return entries;
 }
 
@@ -130,8 +150,10 @@ struct Task {
 
 std::string TitleOf(const Task& task)
 {
-    static const std::map<Job, std::string> kNames = {
-        {Job::SaveBinarySTL, "save binary"}, {Job::SaveTextSTL, "save text"}, {Job::SaveOBJ, "save OBJ"}};
+    static const std::map<Job, std::string> kNames = {{Job::SaveBinarySTL, "save binary"},
+                                                      {Job::SaveTextSTL, "save text"},
+                                                      {Job::SaveOBJ, "save OBJ"},
+                                                      {Job::Save3MF, "save"}};
     const auto found = kNames.find(AllEntries()[task.entry].job);
     return (found == kNames.end() ? "load" : found->second) + ", " + kInputs[task.input].name;
 }
@@ -151,6 +173,9 @@ std::vector<Task> AllTasks()
         AddTasks(tasks, kInputs[input].load, input);
     for (const Job job : {Job::SaveBinarySTL, Job::SaveTextSTL, Job::SaveOBJ})
         AddTasks(tasks, job, 0);
+    for (std::size_t input = 0; input < std::size(kInputs); ++input)
+        if (kInputs[input].load == Job::Load3MF)
+            AddTasks(tasks, Job::Save3MF, input);
     return tasks;
 }
 
@@ -196,7 +221,7 @@ void Report(const std::vector<Task>& tasks, const std::vector<std::vector<Result
     double oursFirst = NAN, oursAgain = NAN;
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         const Input& input = kInputs[tasks[i].input];
-        const double facets = 2.0 * input.rings * input.sides;
+        const double facets = FacetCount(input);
         const double first = 1e9 * Median(results[i], &Result::firstSeconds) / facets;
         const double again = 1e9 * Median(results[i], &Result::againSeconds) / facets;
         if (i == 0 || TitleOf(tasks[i]) != TitleOf(tasks[i - 1])) {

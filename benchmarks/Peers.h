@@ -43,10 +43,10 @@ Outcome Measure(Work work)
     return outcome;
 }
 
-enum class Job { LoadBinarySTL, LoadTextSTL, LoadOBJ, SaveBinarySTL, SaveTextSTL, SaveOBJ };
+enum class Job { LoadBinarySTL, LoadTextSTL, LoadOBJ, Load3MF, SaveBinarySTL, SaveTextSTL, SaveOBJ, Save3MF };
 
-/// One engine's way to do a job. What is saved comes from a binary STL file, whose loading is not measured,
-/// and goes to OutputOf() its path.
+/// One engine's way to do a job. What is saved comes from a binary STL file, or from a package when it
+/// becomes one; loading it is not measured. It goes to OutputOf() its path.
 struct Entry {
     Job job;
     const char* engine;
@@ -56,6 +56,7 @@ struct Entry {
 /// This library is the first engine of each job.
 std::vector<Entry> STLEntries();
 std::vector<Entry> OBJEntries();
+std::vector<Entry> ThreeMFEntries();
 
 inline QString OutputOf(const QString& path)
 {
