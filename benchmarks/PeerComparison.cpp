@@ -11,8 +11,7 @@
 // (libocct-data-exchange-dev) joins exactly equal corners; "copy" is the baseline, the file's bytes read and
 // its corners copied into one array. OBJ: tinyobjloader (libtinyobjloader-dev), OpenCASCADE and VTK
 // (libvtk9-dev); "read bytes" and "text stream" are the baselines, blocks that nothing is done with and a
-// save without a number formatter of its own. 3MF: lib3mf (lib3mf-dev), whose meshes have neither normals nor
-// neighbours, as those of this library until they are asked for.
+// save without a number formatter of its own. 3MF: lib3mf (lib3mf-dev).
 
 #include <algorithm>
 #include <cmath>
