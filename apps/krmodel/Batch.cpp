@@ -2,8 +2,6 @@
 
 #include <cstdio>
 
-#include "apps/krmodel/Arguments.h"
-
 namespace krmodel {
 
 namespace {
@@ -21,7 +19,7 @@ void PrintDeath(const Task& task, const QString& death)
 
 } // namespace
 
-ExitCode RunTasks(const std::vector<Task>& tasks, const Arguments& arguments)
+ExitCode RunTasks(const std::vector<Task>& tasks, const BatchOptions& options)
 {
     std::vector<Job> jobs;
     for (const Task& task : tasks)
@@ -40,7 +38,7 @@ ExitCode RunTasks(const std::vector<Task>& tasks, const Arguments& arguments)
         }
         firstFailure = firstFailure == ExitCode::Done ? end.code : firstFailure;
     };
-    const bool isThrough = RunJobs(jobs, arguments.atOnce, arguments.limits, onEnd);
+    const bool isThrough = RunJobs(jobs, options.atOnce, options.limits, onEnd);
     for (const Task& task : tasks)
         Discard(task);
     return isThrough ? firstFailure : ExitCode::Interrupted;

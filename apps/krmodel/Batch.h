@@ -8,8 +8,6 @@
 
 namespace krmodel {
 
-struct Arguments;
-
 /// What is to be done with one input.
 struct Task {
     QString input;
@@ -17,10 +15,16 @@ struct Task {
     std::vector<PendingFile> outputs;
 };
 
-/// Does the tasks in processes of their own, several at a time if the command line says so; prints what each
+/// How the tasks of a command are done.
+struct BatchOptions {
+    size_t atOnce = 1; ///< tasks
+    Limits limits = UsualLimits();
+};
+
+/// Does the tasks in processes of their own, several at a time if the options say so; prints what each
 /// printed, in their order, with an empty line between two that are tables. Goes on after a failure. Nothing
 /// is left of the outputs of a task that failed.
 /// @return the first failure's code; Interrupted when the program was told to stop
-ExitCode RunTasks(const std::vector<Task>& tasks, const Arguments& arguments);
+ExitCode RunTasks(const std::vector<Task>& tasks, const BatchOptions& options);
 
 } // namespace krmodel

@@ -1,16 +1,18 @@
 #pragma once
 
-#include "apps/krmodel/Arguments.h"
+#include "apps/krmodel/CommandLine.h"
 
+/// One function a command: it adds the command, its options and its work to the command line. The work throws
+/// Failure when a file cannot be worked on.
 namespace krmodel {
 
 /// Prints a table for each input. Goes on after a failure and ends with the first failure's code.
-ExitCode RunInfo(const Arguments& arguments);
+void AddInfo(CLI::App& app, Command& command);
 
-/// Writes the input in another format or variant. @throws Failure
-ExitCode RunConvert(const Arguments& arguments);
+/// Writes the input in another format or variant.
+void AddConvert(CLI::App& app, Command& command);
 
-/// Draws a picture of the input. @throws Failure
-ExitCode RunPreview(const Arguments& arguments);
+/// Draws a picture of the input.
+void AddPreview(CLI::App& app, Command& command);
 
 } // namespace krmodel

@@ -1,3 +1,5 @@
+#include <memory>
+
 #include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
@@ -7,6 +9,13 @@
 namespace krmodel {
 
 namespace {
+
+struct Options {
+    QString input;
+    QString output;
+    std::optional<Encoding> encoding; ///< none when the person did not say
+    BatchOptions batch;
+};
 
 ExitCode Convert(const QString& input, const Output& output)
 {
@@ -20,14 +29,25 @@ ExitCode Convert(const QString& input, const Output& output)
     return ExitCode::Done;
 }
 
-} // namespace
-
-ExitCode RunConvert(const Arguments& arguments)
+ExitCode RunConvert(const Options& options)
 {
     // A mistyped output is reported before a large input is read.
-    const Output output = ChooseOutput(arguments.output, arguments.encoding);
-    const QString& input = arguments.inputs.first();
-    return RunTasks({{input, [=] { return Convert(input, output); }, {output.file}}}, arguments);
+    const Output output = ChooseOutput(options.output, options.encoding);
+    return RunTasks({{options.input, [&] { return Convert(options.input, output); }, {output.file}}},
+                    options.batch);
+}
+
+} // namespace
+
+void AddConvert(CLI::App& app, Command& command)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb =
+        AddVerb(app, "convert", "Write a model in the format of the output's suffix, replacing the output",
+                command, [options] { return RunConvert(*options); });
+    AddText(*verb, "IN", options->input, "model file to read")->required();
+    AddText(*verb, "OUT", options->output, "model file to write")->required();
+    AddEncoding(*verb, options->encoding);
 }
 
 } // namespace krmodel

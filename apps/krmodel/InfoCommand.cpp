@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 #include <QFile>
 
@@ -151,12 +152,15 @@ void PrintReport(const QString& fileName, LoadedModel& loaded)
     std::fputs((fileName + QLatin1Char('\n') + table.ToString() + lists).toUtf8().constData(), stdout);
 }
 
-} // namespace
+struct Options {
+    QStringList inputs;
+    BatchOptions batch;
+};
 
-ExitCode RunInfo(const Arguments& arguments)
+ExitCode RunInfo(const Options& options)
 {
     std::vector<Task> tasks;
-    for (const QString& fileName : arguments.inputs)
+    for (const QString& fileName : options.inputs)
         tasks.push_back({fileName,
                          [&fileName] {
                              LoadedModel loaded = LoadModel(fileName);
@@ -164,7 +168,22 @@ ExitCode RunInfo(const Arguments& arguments)
                              return ExitCode::Done;
                          },
                          {}});
-    return RunTasks(tasks, arguments);
+    return RunTasks(tasks, options.batch);
+}
+
+} // namespace
+
+void AddInfo(CLI::App& app, Command& command)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = AddVerb(
+        app, "info", "Print what model files hold: size, bounds, volume, open edges, objects, materials",
+        command, [options] { return RunInfo(*options); });
+    const auto take = [options](const std::vector<std::string>& fileNames) {
+        for (const std::string& fileName : fileNames)
+            options->inputs << QString::fromStdString(fileName);
+    };
+    verb->add_option_function<std::vector<std::string>>("FILE", take, "model files to read")->required();
 }
 
 } // namespace krmodel

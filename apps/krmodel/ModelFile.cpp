@@ -3,10 +3,10 @@
 #include <new>
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 
 #include "apps/krmodel/Failure.h"
+#include "apps/krmodel/InputFile.h"
 
 namespace krmodel {
 
@@ -15,16 +15,6 @@ namespace {
 [[noreturn]] void Fail(ExitCode code, const QString& fileName, const QString& reason)
 {
     throw Failure(code, fileName + QStringLiteral(": ") + reason);
-}
-
-void RequireReadable(const QString& fileName)
-{
-    QFile file(fileName);
-    // Qt opens a directory without complaint and fails at the first read.
-    if (QFileInfo(file).isDir())
-        Fail(ExitCode::CannotOpen, fileName, QStringLiteral("cannot open, it is a directory"));
-    if (!file.open(QIODevice::ReadOnly))
-        Fail(ExitCode::CannotOpen, fileName, QStringLiteral("cannot open: ") + file.errorString());
 }
 
 const Format& InputFormat(const QString& fileName)

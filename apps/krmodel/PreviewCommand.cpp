@@ -1,4 +1,7 @@
-#include <QFile>
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
 #include <QImage>
 
 #include "apps/krmodel/Batch.h"
@@ -7,29 +10,40 @@
 #include "apps/krmodel/ModelFile.h"
 #include "apps/krmodel/Picture.h"
 #include "apps/krmodel/Placement.h"
+#include "apps/krmodel/PngFile.h"
 #include "apps/krmodel/Renderer.h"
 
 namespace krmodel {
 
 namespace {
 
-void RequirePngName(const QString& fileName)
+struct Options {
+    QString input;
+    QString output;
+    std::optional<QSize> size; ///< none when the person did not say
+    const View* view = &kViews[0];
+    bool wantsThumbnail = false;
+    BatchOptions batch;
+};
+
+std::string AllViewNames()
 {
-    if (!fileName.endsWith(QStringLiteral(".png"), Qt::CaseInsensitive))
-        throw Failure(ExitCode::Usage, fileName + QStringLiteral(": the picture's name must end in .png"));
+    std::string names;
+    for (const View& view : kViews)
+        names += std::string(names.empty() ? "" : ", ") + view.name;
+    return names;
 }
 
-void WritePng(const PendingFile& output, const QByteArray& png)
+const View* FindView(const std::string& name)
 {
-    QFile file(output.GetName());
-    // Unbuffered, so that a full disk shows in the result of the write.
-    const bool isWritten = !png.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                           file.write(png) == png.size();
-    if (!isWritten)
-        throw Failure(ExitCode::WriteFailed,
-                      output.GetTarget() + QStringLiteral(": cannot write: ") + file.errorString());
-    file.close();
-    output.Commit();
+    const auto found = std::find_if(std::begin(kViews), std::end(kViews),
+                                    [&](const View& view) { return name == view.name; });
+    return found == std::end(kViews) ? nullptr : found;
+}
+
+std::string CheckView(const std::string& text)
+{
+    return FindView(text) ? std::string() : "'" + text + "' is not one of " + AllViewNames();
 }
 
 /// Made smaller, in its proportions, until it fits.
@@ -55,30 +69,53 @@ QByteArray StoredPicture(const QString& fileName, const Thumbnail& thumbnail, st
     return IsPng(thumbnail.bytes) ? thumbnail.bytes : EncodePng(picture);
 }
 
-QByteArray Drawing(Model& model, const Arguments& arguments)
+QByteArray Drawing(Model& model, const Options& options)
 {
-    constexpr QSize kUsualSize(800, 600);
     PlaceInMillimetres(model);
-    return EncodePng(RenderModel(model, *arguments.view, arguments.size.value_or(kUsualSize)));
+    return EncodePng(RenderModel(model, *options.view, options.size.value_or(kUsualPictureSize)));
 }
 
-ExitCode Preview(const Arguments& arguments, const PendingFile& output)
+ExitCode Preview(const Options& options, const PendingFile& output)
 {
-    const QString& input = arguments.inputs.first();
-    LoadedModel loaded = LoadModel(input);
-    WritePng(output, arguments.wantsThumbnail ? StoredPicture(input, loaded.model.thumbnail, arguments.size)
-                                              : Drawing(loaded.model, arguments));
+    LoadedModel loaded = LoadModel(options.input);
+    WritePng(output, options.wantsThumbnail
+                         ? StoredPicture(options.input, loaded.model.thumbnail, options.size)
+                         : Drawing(loaded.model, options));
     return ExitCode::Done;
+}
+
+ExitCode RunPreview(const Options& options)
+{
+    RequirePngName(options.output);
+    const PendingFile output(options.output);
+    return RunTasks({{options.input, [&] { return Preview(options, output); }, {output}}}, options.batch);
+}
+
+CLI::Option* AddView(CLI::App& verb, const View*& view)
+{
+    const auto take = [&view](const std::string& name) { view = FindView(name); };
+    return verb.add_option_function<std::string>("--view", take, "where to look from: " + AllViewNames())
+        ->default_str(view->name)
+        ->type_name("NAME")
+        ->check(CheckView);
 }
 
 } // namespace
 
-ExitCode RunPreview(const Arguments& arguments)
+void AddPreview(CLI::App& app, Command& command)
 {
-    RequirePngName(arguments.output);
-    const PendingFile output(arguments.output);
-    return RunTasks({{arguments.inputs.first(), [&] { return Preview(arguments, output); }, {output}}},
-                    arguments);
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = AddVerb(app, "preview", "Draw a shaded picture of a model; needs no display", command,
+                             [options] { return RunPreview(*options); });
+    AddText(*verb, "IN", options->input, "model file to read")->required();
+    AddText(*verb, "OUT.png", options->output, "picture to write, PNG")->required();
+    AddPictureSize(
+        *verb, options->size,
+        "width and height of the picture in pixels; with --thumbnail the largest that it may have");
+    CLI::Option* view = AddView(*verb, options->view);
+    verb->add_flag("--thumbnail", options->wantsThumbnail,
+                   "write the picture that the model file keeps instead")
+        ->excludes(view);
 }
 
 } // namespace krmodel

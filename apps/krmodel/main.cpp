@@ -9,10 +9,10 @@ namespace {
 
 ExitCode Run(int argc, const char* const* argv)
 {
-    Arguments arguments;
-    if (const auto end = ParseArguments(argc, argv, arguments))
+    Command command;
+    if (const auto end = ParseArguments(argc, argv, command))
         return *end;
-    return arguments.command(arguments);
+    return command();
 }
 
 } // namespace
