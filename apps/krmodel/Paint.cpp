@@ -11,8 +11,6 @@ namespace krmodel {
 
 namespace {
 
-const Colour kOwnColour(0.17F, 0.37F, 0.60F);
-
 /// A part of a colour as pictures hold it (sRGB, 0..1) as a part of light.
 float Decoded(float part)
 {

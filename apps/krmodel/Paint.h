@@ -1,12 +1,9 @@
 #pragma once
 
-#include <Eigen/Core>
-
+#include "apps/krmodel/Look.h"
 #include "core/mesh/MeshMaterialInfo.h"
 
 namespace krmodel {
-
-using Colour = Eigen::Array3f; ///< red, green, blue; proportional to light, 0..1
 
 /// The colour of a surface: one all over, or that of a texture, which repeats itself in both directions.
 class Paint {

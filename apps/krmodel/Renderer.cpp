@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "apps/krmodel/Look.h"
 #include "apps/krmodel/Shader.h"
 
 namespace krmodel {
@@ -51,7 +52,7 @@ public:
     Encoder()
     {
         for (size_t i = 0; i < m_table.size(); ++i)
-            m_table[i] = Encoded(float(i) / float(m_table.size() - 1));
+            m_table[i] = EncodedPart(float(i) / float(m_table.size() - 1));
     }
 
     QRgb operator()(const Colour& light) const
@@ -60,12 +61,6 @@ public:
     }
 
 private:
-    static int Encoded(float light)
-    {
-        const float encoded =
-            light <= 0.0031308F ? 12.92F * light : 1.055F * std::pow(light, 1 / 2.4F) - 0.055F;
-        return int(std::lround(encoded * 255));
-    }
     int Look(float light) const
     {
         return m_table[size_t(std::lround(std::clamp(light, 0.0F, 1.0F) * float(m_table.size() - 1)))];

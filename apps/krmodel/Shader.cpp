@@ -25,8 +25,6 @@ const Light kLights[] = {
 const Colour kSky(0.42F, 0.45F, 0.50F);
 const Colour kEarth(0.17F, 0.16F, 0.15F);
 const Colour kBack(0.62F, 0.26F, 0.18F);
-const Colour kBackgroundTop(0.93F, 0.945F, 0.96F);
-const Colour kBackgroundBottom(0.68F, 0.71F, 0.75F);
 constexpr float kShine = 0.10F;
 constexpr float kShadowStrength = 0.45F;
 /// The light that throws the shadow stands nearly overhead, to the left and a little behind: a long shadow
