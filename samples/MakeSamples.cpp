@@ -9,6 +9,8 @@
 #include "fileformat/stl/STLFile.h"
 #include "samples/Balloon.h"
 #include "samples/Bolt.h"
+#include "samples/Gasket.h"
+#include "samples/Pictures.h"
 #include "samples/Rings.h"
 #include "samples/Soup.h"
 
@@ -214,8 +216,9 @@ int main(int argc, char** argv)
         return 1;
     }
     const QString directory = QString::fromUtf8(argv[1]) + QLatin1Char('/');
-    bool isWritten = WriteBalloon(directory);
-    isWritten = WriteBolt(directory) && isWritten;
+    bool isWritten = true;
+    for (const auto& write : {WriteBalloon, WriteBolt, WriteGasket, WriteMedal, WriteWeave})
+        isWritten = write(directory) && isWritten;
     for (const Sample& sample : kSamples)
         isWritten =
             STLFile::SaveFile(directory + QLatin1String(sample.fileName), sample.make(), sample.isText, 80) &&

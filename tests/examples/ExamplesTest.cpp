@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -13,6 +15,7 @@
 #include "fileformat/3mf/Model3MF.h"
 #include "fileformat/obj/OBJFile.h"
 #include "fileformat/stl/STLFile.h"
+#include "fileformat/texture/TextureFile.h"
 #include "tests/common/RunProgram.h"
 
 namespace {
@@ -24,8 +27,9 @@ QString Sample(const QString& name)
 
 QStringList SampleNames(const QString& directory)
 {
-    const QStringList kinds = {QStringLiteral("*.stl"), QStringLiteral("*.obj"), QStringLiteral("*.mtl"),
-                               QStringLiteral("*.png"), QStringLiteral("*.3mf")};
+    const QStringList kinds = {QStringLiteral("*.stl"),    QStringLiteral("*.obj"), QStringLiteral("*.mtl"),
+                               QStringLiteral("*.png"),    QStringLiteral("*.3mf"), QStringLiteral("*.path"),
+                               QStringLiteral("*.texture")};
     return QDir(directory).entryList(kinds, QDir::Files, QDir::Name);
 }
 
@@ -79,6 +83,17 @@ QByteArray PackageContents(const QString& fileName)
     return contents + Pixels(QImage::fromData(loaded.package.GetImage(name))) + name.toUtf8();
 }
 
+/// All that a texture file tells: its picture is packed.
+QByteArray TextureContents(const QString& fileName)
+{
+    TextureFile texture;
+    EXPECT_TRUE(texture.LoadFile(fileName)) << fileName.toStdString();
+    QJsonObject object;
+    texture.GetSaveObject(object);
+    object.remove(QStringLiteral("image_data"));
+    return QJsonDocument(object).toJson() + Pixels(texture.GetImage());
+}
+
 /// What must not differ when a sample is made anew.
 QByteArray Contents(const QString& fileName)
 {
@@ -87,6 +102,8 @@ QByteArray Contents(const QString& fileName)
         return Pixels(QImage(fileName));
     if (fileName.endsWith(QStringLiteral(".3mf")))
         return PackageContents(fileName);
+    if (fileName.endsWith(QStringLiteral(".texture")))
+        return TextureContents(fileName);
     const QByteArray bytes = Bytes(fileName);
     // The header of a binary file holds the time of writing.
     const bool isBinary = fileName.endsWith(QStringLiteral(".stl")) && !bytes.startsWith("solid");
