@@ -12,15 +12,16 @@ namespace {
 constexpr int kSmallestSide = 16;
 constexpr int kLargestSide = 4096;
 
-constexpr char kExitCodes[] = "Exit codes:\n"
-                              "  0  done\n"
-                              "  1  the command line cannot be understood\n"
-                              "  2  an input cannot be opened\n"
-                              "  3  an input is not readable as a file of its format\n"
-                              "  4  an input was read and holds no facet\n"
-                              "  5  an output could not be written in full\n"
-                              "  6  a limit was hit, or the reader ended unexpectedly\n"
-                              "  130  interrupted\n";
+constexpr char kExitCodes[] =
+    "Exit codes:\n"
+    "  0  done\n"
+    "  1  the command line cannot be understood\n"
+    "  2  an input cannot be opened\n"
+    "  3  an input is not readable as a file of its format\n"
+    "  4  an input was read and holds nothing to work on: no facet, picture or point\n"
+    "  5  an output could not be written in full\n"
+    "  6  a limit was hit, or the reader ended unexpectedly\n"
+    "  130  interrupted\n";
 
 constexpr char kFileNames[] =
     "A name that begins with a dash goes behind \"--\", as in: krmodel info -- -part.stl";

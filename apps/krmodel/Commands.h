@@ -15,4 +15,7 @@ void AddConvert(CLI::App& app, Command& command);
 /// Draws a picture of the input.
 void AddPreview(CLI::App& app, Command& command);
 
+/// Makes a model from a picture.
+void AddRelief(CLI::App& app, Command& command);
+
 } // namespace krmodel

@@ -41,7 +41,7 @@ TEST_F(Krmodel, InfoPrintsWhatABinaryFileHolds)
     EXPECT_TRUE(Matches(Cell(run, "peak memory"), "^\\d+\\.\\d MiB$"));
 }
 
-TEST_F(Krmodel, ReadmeShowsWhatInfoPrintsOfTheSamples)
+TEST_F(Krmodel, ReadmeShowsWhatIsPrintedOfTheSamples)
 {
     QFile file(QStringLiteral(KRCORE_SOURCES "/README.md"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -307,7 +307,7 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     const ProgramRun run = Run("--help");
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
-    for (const char* verb : {"info", "convert", "preview"})
+    for (const char* verb : {"info", "convert", "preview", "relief"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
     for (int code = Done; code <= Stopped; ++code)
