@@ -7,7 +7,7 @@ namespace krmodel {
 namespace {
 
 // In the order of the help text.
-constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo, AddConvert, AddPreview, AddRelief};
+constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo, AddConvert, AddPreview, AddRelief, AddTexture};
 
 } // namespace
 

@@ -18,4 +18,7 @@ void AddPreview(CLI::App& app, Command& command);
 /// Makes a model from a picture.
 void AddRelief(CLI::App& app, Command& command);
 
+/// Makes a texture file from a picture, prints what one holds, takes its picture out.
+void AddTexture(CLI::App& app, Command& command);
+
 } // namespace krmodel

@@ -15,11 +15,6 @@ bool IsPartOfOther(const Mesh& mesh)
     return mesh.GetComponentsId() >= 0;
 }
 
-QString TextOrDash(const QString& text)
-{
-    return text.isEmpty() ? QStringLiteral("-") : text;
-}
-
 QStringList Cells(const Mesh& mesh, bool showsComponents)
 {
     QStringList cells = {QString::number(mesh.GetObjectID())};

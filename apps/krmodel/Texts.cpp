@@ -18,6 +18,11 @@ bool SteersTerminal(QChar character)
 
 } // namespace
 
+QString TextOrDash(const QString& text)
+{
+    return text.isEmpty() ? QStringLiteral("-") : text;
+}
+
 QString CountText(qint64 count)
 {
     return QLocale(QLocale::English).toString(count);

@@ -4,6 +4,9 @@
 
 namespace krmodel {
 
+/// What stands in a table for a text that is not there is "-".
+QString TextOrDash(const QString& text);
+
 /// Digits as everywhere in the program's output: a point for decimals, thousands apart.
 QString CountText(qint64 count);
 QString NumberText(double value);
