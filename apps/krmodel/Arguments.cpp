@@ -7,7 +7,8 @@ namespace krmodel {
 namespace {
 
 // In the order of the help text.
-constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo, AddConvert, AddPreview, AddRelief, AddTexture};
+constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo,   AddConvert, AddPreview,
+                                                    AddRelief, AddTexture, AddPaths};
 
 } // namespace
 

@@ -21,4 +21,7 @@ void AddRelief(CLI::App& app, Command& command);
 /// Makes a texture file from a picture, prints what one holds, takes its picture out.
 void AddTexture(CLI::App& app, Command& command);
 
+/// Prints what a path file holds, or draws it.
+void AddPaths(CLI::App& app, Command& command);
+
 } // namespace krmodel

@@ -307,7 +307,7 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     const ProgramRun run = Run("--help");
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
-    for (const char* verb : {"info", "convert", "preview", "relief", "texture"})
+    for (const char* verb : {"info", "convert", "preview", "relief", "texture", "paths"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
     for (int code = Done; code <= Stopped; ++code)
