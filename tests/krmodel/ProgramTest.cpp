@@ -51,7 +51,10 @@ TEST_F(Krmodel, ReadmeShowsWhatIsPrintedOfTheSamples)
     const struct {
         const char* arguments;
         int lineCount;
-    } kRuns[] = {{"info samples/balloon.obj", 20}, {"info samples/bolt.3mf", 23}};
+    } kRuns[] = {{"info samples/balloon.obj", 20},
+                 {"info samples/bolt.3mf", 23},
+                 {"texture show samples/weave.texture", 14},
+                 {"paths samples/gasket.path", 13}};
     for (const auto& [arguments, lineCount] : kRuns) {
         const ProgramRun run =
             RunProgram(QStringLiteral(KRMODEL_PROGRAM), Words(arguments), QStringLiteral(KRCORE_SOURCES));
