@@ -149,6 +149,15 @@ TEST_F(KrmodelPaths, SaysWhyAFileGivesNothing)
     EXPECT_FALSE(Files().contains(QStringLiteral("out.png")));
 }
 
+TEST_F(KrmodelPaths, LeavesTheOldPictureAndNothingElseWhenItFails)
+{
+    Write("text.path", "no path file");
+    Write("out.png", "old");
+    EXPECT_EQ(Run("paths text.path --picture out.png").exitCode, NotReadable);
+    EXPECT_EQ(Bytes("out.png"), QByteArray("old"));
+    EXPECT_EQ(AllFiles(), Words("out.png text.path"));
+}
+
 TEST_F(KrmodelPaths, ReportsAPictureThatCannotBeWritten)
 {
     WritePaths("in.path", {{1, {kSquare}}});

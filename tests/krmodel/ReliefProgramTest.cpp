@@ -231,6 +231,15 @@ TEST_F(KrmodelRelief, ReportsAPictureThatIsTooSmall)
     EXPECT_FALSE(Files().contains(QStringLiteral("out.stl")));
 }
 
+TEST_F(KrmodelRelief, LeavesTheOldFileAndNothingElseWhenItFails)
+{
+    Write("none.png", "no picture");
+    Write("out.stl", "old");
+    EXPECT_EQ(Run("relief none.png out.stl").exitCode, NotReadable);
+    EXPECT_EQ(Bytes("out.stl"), QByteArray("old"));
+    EXPECT_EQ(AllFiles(), Words("none.png out.stl"));
+}
+
 TEST_F(KrmodelRelief, ReportsAnOutputThatCannotBeWritten)
 {
     WriteGrey("in.png", {30, 30});

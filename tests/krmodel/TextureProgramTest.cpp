@@ -125,7 +125,7 @@ TEST_F(KrmodelTexture, ReplacesAFileOnceTheNewOneIsWhole)
     EXPECT_EQ(Cell(Run("texture show out.texture"), "name"), QStringLiteral("first"));
     Made("--name second");
     EXPECT_EQ(Cell(Run("texture show out.texture"), "name"), QStringLiteral("second"));
-    EXPECT_EQ(Files(), Words("out.texture wood.png"));
+    EXPECT_EQ(AllFiles(), Words("out.texture wood.png"));
 }
 
 TEST_F(KrmodelTexture, ShowsWhatAFileHolds)
