@@ -18,6 +18,7 @@
 #include <tbb/task_arena.h>
 
 #include "fileformat/cad/SharedParts_p.h"
+#include "fileformat/cad/TaskOrder_p.h"
 
 namespace kr::cad {
 
@@ -149,10 +150,12 @@ bool IsFineEnough(const TriangulatedFace& face, double deflection)
 template<class Body>
 void ForEachInParallel(std::size_t count, Body body)
 {
+    TaskOrder order;
     tbb::task_group_context context;
     tbb::parallel_for(
         tbb::blocked_range<std::size_t>(0, count, 1),
         [&](const tbb::blocked_range<std::size_t>& range) {
+            const TaskOrder::Task task(order);
             for (std::size_t i = range.begin(); i != range.end(); ++i)
                 body(i);
         },
