@@ -1,6 +1,7 @@
 #include "fileformat/cad/ImportFile_p.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fileformat/cad/CadDocument_p.h"
 #include "fileformat/cad/ShapeWalk_p.h"

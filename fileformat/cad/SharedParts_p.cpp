@@ -1,5 +1,6 @@
 #include "fileformat/cad/SharedParts_p.h"
 
+#include <algorithm>
 #include <numeric>
 #include <unordered_map>
 

@@ -1,6 +1,7 @@
 #include "fileformat/cad/Tessellation_p.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <BRepBndLib.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
