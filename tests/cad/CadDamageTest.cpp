@@ -59,8 +59,8 @@ const tbb::global_control kNoWorkers(tbb::global_control::max_allowed_parallelis
 
 struct Ends {
     int done = 0;
-    int diedInOpenCascade = 0;
     int failed = 0;
+    int others = 0;
 };
 
 /// Loads of the file with one bit of 7 flipped, wherever chance has it.
@@ -77,9 +77,7 @@ Ends LoadWithFlippedBits(const QByteArray& bytes, const QString& path, int count
         file.write(damaged);
         file.close();
         const ChildEnd end = RunInChild([&] { return GivesWholeMeshesOrNothing(path); }, 30);
-        (end == ChildEnd::Done     ? ends.done
-         : end == ChildEnd::Failed ? ends.failed
-                                   : ends.diedInOpenCascade) += 1;
+        ++(end == ChildEnd::Done ? ends.done : end == ChildEnd::Failed ? ends.failed : ends.others);
     }
     return ends;
 }

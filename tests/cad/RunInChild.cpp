@@ -1,5 +1,6 @@
 #include "tests/cad/RunInChild.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -107,16 +108,11 @@ void LimitProcessorTime(unsigned seconds)
     _exit(isFine ? kDone : kFailed);
 }
 
-} // namespace
-
-ChildEnd RunInChild(const std::function<bool()>& call, unsigned processorSeconds)
+// What crashed before it could tell who was at work gives a signal other than the system's own.
+ChildEnd EndOf(int status)
 {
-    const pid_t child = fork();
-    if (child == 0)
-        RunAsChild(call, processorSeconds);
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status))
-        return ChildEnd::Failed;
+    if (WIFSIGNALED(status))
+        return WTERMSIG(status) == SIGKILL ? ChildEnd::KilledFromOutside : ChildEnd::Failed;
     switch (WEXITSTATUS(status)) {
     case kDone:
         return ChildEnd::Done;
@@ -125,6 +121,30 @@ ChildEnd RunInChild(const std::function<bool()>& call, unsigned processorSeconds
     default:
         return ChildEnd::Failed;
     }
+}
+
+// The first walk along a stack allocates, which a handler must not.
+void GetReadyToWalkTheStack()
+{
+    static const bool kIsReady = (IsOpenCascadeAtWork(), true);
+    static_cast<void>(kIsReady);
+}
+
+} // namespace
+
+ChildEnd RunInChild(const std::function<bool()>& call, unsigned processorSeconds)
+{
+    GetReadyToWalkTheStack();
+    const pid_t child = fork();
+    if (child == 0)
+        RunAsChild(call, processorSeconds);
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child)
+        return ChildEnd::KilledFromOutside;
+    const ChildEnd end = EndOf(status);
+    if (end == ChildEnd::Failed)
+        std::fprintf(stderr, "the child failed with the wait status 0x%x\n", static_cast<unsigned>(status));
+    return end;
 }
 
 } // namespace test

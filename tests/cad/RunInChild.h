@@ -6,9 +6,10 @@ namespace test {
 
 /// How a child process ended.
 enum class ChildEnd {
-    Done,             ///< by itself, and what was called returned true
-    Failed,           ///< what was called returned false, or died in code of this project's
-    DiedInOpenCascade ///< killed by a signal, or by a limit, while OpenCASCADE was at work
+    Done,              ///< by itself, and what was called returned true
+    Failed,            ///< what was called returned false, or died in code of this project's
+    DiedInOpenCascade, ///< ended by a signal, or by a limit, while OpenCASCADE was at work
+    KilledFromOutside  ///< or could not be started: the system is short of something
 };
 
 /// Calls @p call in a process of its own, which has the memory of this one but none of its other threads: TBB
