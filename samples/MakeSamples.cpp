@@ -8,6 +8,7 @@
 
 #include "fileformat/stl/STLFile.h"
 #include "samples/Balloon.h"
+#include "samples/Bearing.h"
 #include "samples/Bolt.h"
 #include "samples/Gasket.h"
 #include "samples/Pictures.h"
@@ -217,7 +218,7 @@ int main(int argc, char** argv)
     }
     const QString directory = QString::fromUtf8(argv[1]) + QLatin1Char('/');
     bool isWritten = true;
-    for (const auto& write : {WriteBalloon, WriteBolt, WriteGasket, WriteMedal, WriteWeave})
+    for (const auto& write : {WriteBalloon, WriteBearing, WriteBolt, WriteGasket, WriteMedal, WriteWeave})
         isWritten = write(directory) && isWritten;
     for (const Sample& sample : kSamples)
         isWritten =

@@ -83,6 +83,23 @@ void AddEncoding(CLI::App& verb, std::optional<Encoding>& encoding)
         ->excludes(text);
 }
 
+void AddReading(CLI::App& verb, ReadOptions& options)
+{
+    AddNumber(verb,
+              {"--deflection", "N", 0.0001, 1000,
+               "STEP and IGES: how far facets may lie from the true surface, in 1/1000 of four times the "
+               "longest side of a solid (0.1 is 0.04 mm for a part of 100 mm), in mm for a loose face; "
+               "smaller is finer, slower and larger"},
+              options.deflection);
+    AddNumber(verb,
+              {"--angle", "DEGREES", 0.1, 180,
+               "STEP and IGES: the largest angle between facets along a curve; smaller is smoother"},
+              options.angle);
+    verb.add_flag_callback(
+        "--no-prefix", [&options] { options.prefixesFileName = false; },
+        "STEP and IGES: name objects without the file's name in front");
+}
+
 CLI::Option* AddPictureSize(CLI::App& verb, std::optional<QSize>& size, const char* help)
 {
     const auto take = [&size](const std::string& text) { size = ParseSize(text); };

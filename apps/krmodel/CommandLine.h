@@ -33,6 +33,9 @@ constexpr QSize kUsualPictureSize(800, 600);
 /// Adds --size, of which the usual size is shown as default.
 CLI::Option* AddPictureSize(CLI::App& verb, std::optional<QSize>& size, const char* help);
 
+/// Adds --deflection, --angle and --no-prefix.
+void AddReading(CLI::App& verb, ReadOptions& options);
+
 struct NumberOption {
     enum class Kind { Any, Whole };
 

@@ -14,12 +14,13 @@ struct Options {
     QString input;
     QString output;
     std::optional<Encoding> encoding; ///< none when the person did not say
+    ReadOptions reading;
     BatchOptions batch;
 };
 
-ExitCode Convert(const QString& input, const Output& output)
+ExitCode Convert(const Options& options, const Output& output)
 {
-    LoadedModel loaded = LoadModel(input);
+    LoadedModel loaded = LoadModel(options.input, options.reading);
     if (output.format->contents == Contents::Facets && !PlaceInMillimetres(loaded.model))
         throw Failure(ExitCode::WriteFailed,
                       output.file.GetTarget() +
@@ -33,7 +34,7 @@ ExitCode RunConvert(const Options& options)
 {
     // A mistyped output is reported before a large input is read.
     const Output output = ChooseOutput(options.output, options.encoding);
-    return RunTasks({{options.input, [&] { return Convert(options.input, output); }, {output.file}}},
+    return RunTasks({{options.input, [&] { return Convert(options, output); }, {output.file}}},
                     options.batch);
 }
 
@@ -48,6 +49,7 @@ void AddConvert(CLI::App& app, Command& command)
     AddText(*verb, "IN", options->input, "model file to read")->required();
     AddText(*verb, "OUT", options->output, "model file to write")->required();
     AddEncoding(*verb, options->encoding);
+    AddReading(*verb, options->reading);
 }
 
 } // namespace krmodel

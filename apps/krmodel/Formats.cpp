@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "apps/krmodel/CadFormat.h"
 #include "apps/krmodel/ObjFormat.h"
 #include "apps/krmodel/StlFormat.h"
 #include "apps/krmodel/ThreeMfFormat.h"
@@ -20,6 +21,10 @@ constexpr Format kFormats[] = {
      Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr},
     {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
      Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr},
+    {"STEP", "stp step", "solids and shells, tessellated, with names and in their places; read alone",
+     Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr},
+    {"IGES", "igs iges", "solids, shells and faces, tessellated, with names and in their places; read alone",
+     Variants::TextAlone, Contents::Objects, cad::LoadIges, nullptr, nullptr, nullptr},
 };
 
 QStringList SuffixesOf(const Format& format)
@@ -30,6 +35,15 @@ QStringList SuffixesOf(const Format& format)
 QStringList PointedSuffixesOf(const Format& format)
 {
     return SuffixesOf(format).replaceInStrings(QRegularExpression(QStringLiteral("^")), QStringLiteral("."));
+}
+
+QString SuffixesOfAll(bool (*isWanted)(const Format&))
+{
+    QStringList suffixes;
+    for (const Format& format : kFormats)
+        if (isWanted(format))
+            suffixes << PointedSuffixesOf(format);
+    return suffixes.join(QStringLiteral(", "));
 }
 
 } // namespace
@@ -57,10 +71,12 @@ const Format* FindFormat(const QString& fileName)
 
 QString KnownSuffixes()
 {
-    QStringList suffixes;
-    for (const Format& format : kFormats)
-        suffixes << PointedSuffixesOf(format);
-    return suffixes.join(QStringLiteral(", "));
+    return SuffixesOfAll([](const Format&) { return true; });
+}
+
+QString WritableSuffixes()
+{
+    return SuffixesOfAll([](const Format& format) { return format.save != nullptr; });
 }
 
 QString DescribeFormats()

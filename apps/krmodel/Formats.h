@@ -45,6 +45,17 @@ struct Model {
     std::vector<MeshTextureGroup> groups;
 };
 
+/// How a file is to be read, where a format leaves a choice.
+struct ReadOptions {
+    /// CAD formats: how far facets may be from the surface, in thousandths of four times the longest side of
+    /// a solid or shell; in millimetres for a loose face.
+    double deflection = 0.1;
+    /// CAD formats: the largest angle between facets along a curve, in degrees; in radians for a loose face.
+    double angle = 15;
+    /// CAD formats: whether the file's name stands in front of the objects' names.
+    bool prefixesFileName = true;
+};
+
 /// Why a file gave no model.
 struct Refusal {
     ExitCode code = ExitCode::NotReadable;
@@ -69,8 +80,9 @@ struct Format {
     Variants variants;
     Contents contents;
     /// Reads a file; why it could not, if so. A file that was read may hold no facet.
-    std::optional<Refusal> (*load)(const QString& fileName, Model& model);
-    /// Writes a model; false when the file cannot be opened for writing.
+    std::optional<Refusal> (*load)(const QString& fileName, const ReadOptions& options, Model& model);
+    /// Writes a model; null, as what follows, for a format that is only read; false when the file cannot be
+    /// opened for writing.
     bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
     /// Whether the file holds all that save() had to write. The library does not report a full disk.
     bool (*isComplete)(const QString& fileName, const Model& model, Encoding encoding);
@@ -89,6 +101,8 @@ const Format* FindFormat(const QString& fileName);
 
 /// The suffixes of all formats for messages: ".stl".
 QString KnownSuffixes();
+/// Of those that can be written.
+QString WritableSuffixes();
 
 /// A line for each format for the help text: name, suffixes, description.
 QString DescribeFormats();

@@ -154,6 +154,7 @@ void PrintReport(const QString& fileName, LoadedModel& loaded)
 
 struct Options {
     QStringList inputs;
+    ReadOptions reading;
     BatchOptions batch;
 };
 
@@ -162,8 +163,8 @@ ExitCode RunInfo(const Options& options)
     std::vector<Task> tasks;
     for (const QString& fileName : options.inputs)
         tasks.push_back({fileName,
-                         [&fileName] {
-                             LoadedModel loaded = LoadModel(fileName);
+                         [&] {
+                             LoadedModel loaded = LoadModel(fileName, options.reading);
                              PrintReport(fileName, loaded);
                              return ExitCode::Done;
                          },
@@ -184,6 +185,7 @@ void AddInfo(CLI::App& app, Command& command)
             options->inputs << QString::fromStdString(fileName);
     };
     verb->add_option_function<std::vector<std::string>>("FILE", take, "model files to read")->required();
+    AddReading(*verb, options->reading);
 }
 
 } // namespace krmodel

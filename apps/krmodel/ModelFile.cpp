@@ -27,10 +27,11 @@ const Format& InputFormat(const QString& fileName)
 
 /// What the library lets pass is a property of the file: a text without normals, counts that no memory
 /// serves.
-std::optional<Refusal> TryLoad(const Format& format, const QString& fileName, Model& model)
+std::optional<Refusal> TryLoad(const Format& format, const QString& fileName, const ReadOptions& options,
+                               Model& model)
 {
     try {
-        return format.load(fileName, model);
+        return format.load(fileName, options, model);
     } catch (const std::bad_alloc&) {
         Fail(ExitCode::Stopped, fileName, QStringLiteral("needs more memory than it may have"));
     } catch (const std::exception&) {
@@ -69,22 +70,26 @@ void NameObjects(Model& model, const QString& fileName)
 
 const Format& OutputFormat(const QString& fileName)
 {
-    if (const Format* format = FindFormat(fileName))
+    const Format* format = FindFormat(fileName);
+    if (format && format->save)
         return *format;
-    Fail(ExitCode::Usage, fileName,
-         QStringLiteral("cannot tell the format to write from this suffix; known are ") + KnownSuffixes());
+    const QString problem =
+        format ? QStringLiteral("%1 is read, not written; formats to write are ")
+                     .arg(QLatin1String(format->name))
+               : QStringLiteral("cannot tell the format to write from this suffix; known are ");
+    Fail(ExitCode::Usage, fileName, problem + WritableSuffixes());
 }
 
 } // namespace
 
-LoadedModel LoadModel(const QString& fileName)
+LoadedModel LoadModel(const QString& fileName, const ReadOptions& options)
 {
     RequireReadable(fileName);
     LoadedModel loaded;
     loaded.format = &InputFormat(fileName);
     QElapsedTimer clock;
     clock.start();
-    std::optional<Refusal> refusal = TryLoad(*loaded.format, fileName, loaded.model);
+    std::optional<Refusal> refusal = TryLoad(*loaded.format, fileName, options, loaded.model);
     loaded.seconds = double(clock.nsecsElapsed()) * 1e-9;
     if (!refusal && !HoldsFacets(loaded.model))
         refusal = HoldsNoFacet();

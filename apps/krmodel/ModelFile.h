@@ -15,7 +15,7 @@ struct LoadedModel {
 
 /// Reads a model file of any known format; it holds at least one facet.
 /// @throws Failure with CannotOpen, NotReadable or Empty
-LoadedModel LoadModel(const QString& fileName);
+LoadedModel LoadModel(const QString& fileName, const ReadOptions& options);
 
 /// A file that is to be written, and how.
 struct Output {
@@ -25,7 +25,9 @@ struct Output {
 };
 
 /// The format of the file name's suffix, in the variant asked for; binary, if it has that, when none is.
-/// @throws Failure with Usage for an unknown suffix and for a variant that the format does not have
+/// @throws Failure with Usage for an unknown suffix, for a format that is only read and for a variant that
+/// the
+///         format does not have
 Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding);
 
 /// Writes a model, looks whether all of it arrived, and puts it in the output's place.

@@ -39,7 +39,7 @@ private:
 
 } // namespace
 
-std::optional<Refusal> Load(const QString& fileName, Model& model)
+std::optional<Refusal> Load(const QString& fileName, const ReadOptions&, Model& model)
 {
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     if (!OBJFile::LoadFile(fileName, *mesh, model.groups, false, kWholePictures) ||

@@ -17,7 +17,7 @@ bool IsPartOfOther(const Mesh& mesh)
 
 QStringList Cells(const Mesh& mesh, bool showsComponents)
 {
-    QStringList cells = {QString::number(mesh.GetObjectID())};
+    QStringList cells = {mesh.GetObjectID() < 0 ? QStringLiteral("-") : QString::number(mesh.GetObjectID())};
     if (showsComponents)
         cells << (IsPartOfOther(mesh) ? QString::number(mesh.GetComponentsId()) : QStringLiteral("-"));
     cells << TextOrDash(NameText(mesh.GetObjectName())) << CountText(mesh.GetFaceNum())

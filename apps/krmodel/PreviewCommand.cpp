@@ -23,6 +23,7 @@ struct Options {
     std::optional<QSize> size; ///< none when the person did not say
     const View* view = &kViews[0];
     bool wantsThumbnail = false;
+    ReadOptions reading;
     BatchOptions batch;
 };
 
@@ -77,7 +78,7 @@ QByteArray Drawing(Model& model, const Options& options)
 
 ExitCode Preview(const Options& options, const PendingFile& output)
 {
-    LoadedModel loaded = LoadModel(options.input);
+    LoadedModel loaded = LoadModel(options.input, options.reading);
     WritePng(output, options.wantsThumbnail
                          ? StoredPicture(options.input, loaded.model.thumbnail, options.size)
                          : Drawing(loaded.model, options));
@@ -116,6 +117,7 @@ void AddPreview(CLI::App& app, Command& command)
     verb->add_flag("--thumbnail", options->wantsThumbnail,
                    "write the picture that the model file keeps instead")
         ->excludes(view);
+    AddReading(*verb, options->reading);
 }
 
 } // namespace krmodel

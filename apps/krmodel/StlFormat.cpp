@@ -63,7 +63,7 @@ bool DeclaresNothing(const QString& fileName)
 
 } // namespace
 
-std::optional<Refusal> Load(const QString& fileName, Model& model)
+std::optional<Refusal> Load(const QString& fileName, const ReadOptions&, Model& model)
 {
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     if (!STLFile::LoadFile(fileName, *mesh, false, kHeaderSize, false))

@@ -5,7 +5,7 @@
 /// The row of STL in the table of formats.
 namespace krmodel::stl {
 
-std::optional<Refusal> Load(const QString& fileName, Model& model);
+std::optional<Refusal> Load(const QString& fileName, const ReadOptions& options, Model& model);
 bool Save(const QString& fileName, const Model& model, Encoding encoding);
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
 QString Variant(const QString& fileName);

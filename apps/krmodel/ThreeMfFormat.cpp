@@ -113,7 +113,7 @@ std::vector<int> FacetCounts(const Model& model)
 
 } // namespace
 
-std::optional<Refusal> Load(const QString& fileName, Model& model)
+std::optional<Refusal> Load(const QString& fileName, const ReadOptions&, Model& model)
 {
     Model3MF package;
     if (!ReadPackage(fileName, package, model))
@@ -147,7 +147,7 @@ bool IsComplete(const QString& fileName, const Model& model, Encoding)
 {
     Model read;
     // A device has no end to look for a directory at.
-    return QFileInfo(fileName).isFile() && HasArchiveEnd(fileName) && !Load(fileName, read) &&
+    return QFileInfo(fileName).isFile() && HasArchiveEnd(fileName) && !Load(fileName, {}, read) &&
            FacetCounts(read) == FacetCounts(model) && read.metadata.size() == model.metadata.size() &&
            read.colours.texts.size() == model.colours.texts.size() &&
            read.thumbnail.bytes.isEmpty() == model.thumbnail.bytes.isEmpty();

@@ -7,7 +7,7 @@ namespace krmodel::threemf {
 
 /// Tells apart what gives no objects: a file that is no archive, a package that names no model, a damaged
 /// one, one without meshes.
-std::optional<Refusal> Load(const QString& fileName, Model& model);
+std::optional<Refusal> Load(const QString& fileName, const ReadOptions& options, Model& model);
 
 /// Each mesh becomes an object of its own with its name and placement, in the model's unit, the millimetre if
 /// it names none. A package knows an object's place as floats, and all numbers have six significant digits.
