@@ -92,10 +92,10 @@ public:
     /// - texture_name: blanks around it are dropped; "untitiled" when nothing is left or the key is missing
     /// - texture_wrapping: both wrap modes
     /// - texture_border_color: any colour that QColor knows, "#rgb", "#rrggbb" and names too
-    /// - image_data: a picture of any format that Qt reads, transparent parts laid on white. Characters that
-    ///   are not of the base64 alphabet are passed over. One that has more than 32768 pixels a side or 1 GiB
-    ///   of pixels, or does not tell its size before it is decoded, is not decoded. Of a file that is cut
-    ///   short ImageTool::ReadPicture() tells what it shows
+    /// - image_data: a picture of any format that Qt knows by its bytes (TGA has no mark of its own),
+    ///   transparent parts laid on white. Characters that are not of the base64 alphabet are passed over. One
+    ///   that has more than 32768 pixels a side or 1 GiB of pixels, or does not tell its size before it is
+    ///   decoded, is not decoded. Of a file that is cut short ImageTool::ReadPicture() tells what it shows
     ///
     /// The matrix of the parameters is then built from them.
     /// @return whether there is a picture. Without one everything else is read all the same; only a file or
