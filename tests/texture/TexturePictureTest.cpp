@@ -43,14 +43,8 @@ TEST(TexturePicture, MayBeOfAnyFormatWithoutLoss)
 
 TEST(TexturePicture, MayNotBeATgaFileWhichHasNoMarkOfItsOwn)
 {
-    // True colour, 1 x 1, 24 bits a pixel.
-    QByteArray file(18, '\0');
-    file[2] = 2;
-    file[12] = 1;
-    file[14] = 1;
-    file[16] = 24;
-    file += QByteArray("\x10\x20\x30");
-    ASSERT_EQ(QImage::fromData(file, "TGA").size(), QSize(1, 1));
+    const QByteArray file = test::TGA(test::RandomPicture(4, 4), test::Footer::OfVersion2);
+    ASSERT_EQ(QImage::fromData(file, "TGA").size(), QSize(4, 4));
     EXPECT_TRUE(PictureOf(file).isNull());
 }
 
