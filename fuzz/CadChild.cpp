@@ -6,6 +6,9 @@
 
 #include <sys/mman.h>
 
+#include <QFile>
+#include <QTemporaryDir>
+
 #include <Standard_Failure.hxx>
 
 #include <tbb/global_control.h>
@@ -88,11 +91,17 @@ bool LoadsWholeMeshesOrNothing(const QString& fileName, Outcome& outcome)
 
 } // namespace
 
-void PrepareForCadChildren(const QString& fileName)
+void PrepareForCadChildren()
 {
     // A child has none of its parent's threads.
     static const tbb::global_control kNoWorkers(tbb::global_control::max_allowed_parallelism, 1);
-    Require(LoadsWholeMeshesOrNothing(fileName, SharedOutcome()));
+    // What an IGES file gives is asked for only if its sections are whole; of an empty STEP file all is
+    // asked.
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("nothing.step")));
+    Require(file.open(QIODevice::WriteOnly));
+    file.close();
+    Require(LoadsWholeMeshesOrNothing(file.fileName(), SharedOutcome()));
 }
 
 void RequireCadLoad(const QString& fileName)

@@ -4,9 +4,8 @@
 
 namespace fuzz {
 
-/// Gets OpenCASCADE ready for children: it is loaded, has read @p fileName, a file that is no model, and
-/// starts no thread.
-void PrepareForCadChildren(const QString& fileName);
+/// Gets OpenCASCADE ready for children: it is loaded, has made its readers, and starts no thread.
+void PrepareForCadChildren();
 
 /// Loads @p fileName in a process of its own and aborts this one when that fails: a crash, an exception that
 /// is not promised or a mesh that is not whole. OpenCASCADE follows null pointers and loops without end in

@@ -47,7 +47,7 @@ std::string WithTrueCounts(std::string_view text)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const fuzz::NamedMemoryFile kFile(QStringLiteral("model.iges"));
-    static const bool kIsReady = (fuzz::PrepareForCadChildren(kFile.Name()), true);
+    static const bool kIsReady = (fuzz::PrepareForCadChildren(), true);
     static_cast<void>(kIsReady);
     if (fuzz::IsOneOfEight(data, size)) {
         kFile.Write(data, size);

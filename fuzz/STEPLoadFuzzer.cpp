@@ -10,7 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const fuzz::NamedMemoryFile kFile(QStringLiteral("model.step"));
-    static const bool kIsReady = (fuzz::PrepareForCadChildren(kFile.Name()), true);
+    static const bool kIsReady = (fuzz::PrepareForCadChildren(), true);
     static_cast<void>(kIsReady);
     kFile.Write(data, size);
     fuzz::RequireCadLoad(kFile.Name());
