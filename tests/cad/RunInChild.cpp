@@ -1,9 +1,10 @@
 #include "tests/cad/RunInChild.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
+#include <iterator>
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -32,6 +33,7 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kDiedInOpenCascade = 2;
 constexpr int kMostFrames = 200;
+constexpr int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU};
 // Signal handlers run on a stack of their own: recursion without end is one of the ways to die.
 constexpr std::size_t kHandlerStackSize = std::size_t(1) << 20;
 
@@ -82,7 +84,7 @@ void CatchSignals()
     struct sigaction action = {};
     action.sa_handler = OnSignal;
     action.sa_flags = SA_ONSTACK;
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU})
+    for (const int signal : kCrashSignals)
         sigaction(signal, &action, nullptr);
 #ifdef KRCORE_HAS_ADDRESS_SANITIZER
     __sanitizer_set_death_callback(EndByWhoIsAtWork);
@@ -108,11 +110,16 @@ void LimitProcessorTime(unsigned seconds)
     _exit(isFine ? kDone : kFailed);
 }
 
-// What crashed before it could tell who was at work gives a signal other than the system's own.
+bool IsCrash(int signal)
+{
+    return std::find(std::begin(kCrashSignals), std::end(kCrashSignals), signal) != std::end(kCrashSignals);
+}
+
+// A child that crashes tells who was at work, or ends by one of these signals if it cannot.
 ChildEnd EndOf(int status)
 {
     if (WIFSIGNALED(status))
-        return WTERMSIG(status) == SIGKILL ? ChildEnd::KilledFromOutside : ChildEnd::Failed;
+        return IsCrash(WTERMSIG(status)) ? ChildEnd::Failed : ChildEnd::KilledFromOutside;
     switch (WEXITSTATUS(status)) {
     case kDone:
         return ChildEnd::Done;
