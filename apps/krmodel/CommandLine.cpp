@@ -19,7 +19,7 @@ constexpr char kExitCodes[] =
     "  2  an input cannot be opened\n"
     "  3  an input is not readable as a file of its format\n"
     "  4  an input was read and holds nothing to work on: no facet, picture or point\n"
-    "  5  an output could not be written in full\n"
+    "  5  an output could not be written in full, or did not come out right\n"
     "  6  a limit was hit, or the reader ended unexpectedly\n"
     "  130  interrupted\n";
 

@@ -16,11 +16,14 @@ namespace {
 // A new format is a new row.
 constexpr Format kFormats[] = {
     {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, Contents::Facets,
-     stl::Load, stl::Save, stl::IsComplete, stl::Variant},
+     stl::Load, stl::Save, stl::IsComplete, stl::Variant, Rounding::None, Rounding::SixDecimals,
+     stl::VisitFacets},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
-     Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr},
+     Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr, Rounding::None,
+     Rounding::SixDecimals},
     {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
-     Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr},
+     Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr,
+     Rounding::SixDigits, Rounding::SixDigits},
     {"STEP", "stp step", "solids and shells, tessellated, with names and in their places; read alone",
      Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr},
     {"IGES", "igs iges", "solids, shells and faces, tessellated, with names and in their places; read alone",

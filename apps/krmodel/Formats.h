@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -9,6 +11,7 @@
 #include <QString>
 
 #include "apps/krmodel/ExitCode.h"
+#include "apps/krmodel/Rounding.h"
 #include "core/mesh/Mesh.h"
 #include "core/mesh/MeshTextureGroup.h"
 
@@ -71,6 +74,9 @@ enum class Contents {
     Objects, ///< objects with names and placements, a unit, and all else that a Model holds
 };
 
+/// Three corners.
+using Facet = std::array<Vector3D<float>, 3>;
+
 /// What the program can do with one file format. All operations take a file name; exceptions of the library
 /// pass.
 struct Format {
@@ -84,11 +90,22 @@ struct Format {
     /// Writes a model; null, as what follows, for a format that is only read; false when the file cannot be
     /// opened for writing.
     bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
-    /// Whether the file holds all that save() had to write. The library does not report a full disk.
+    /// Whether the file is ended as save() ends it. What it holds is compared by FindDifference().
     bool (*isComplete)(const QString& fileName, const Model& model, Encoding encoding);
     /// The variant that the file is in, for the report ("binary", "text"); null for a format that has but
     /// one.
     QString (*variant)(const QString& fileName);
+    Rounding binaryRounding = Rounding::None;
+    Rounding textRounding = Rounding::None;
+    /// Calls @p visit for each facet in the file as it stands there; false for a file that save() did not
+    /// write. Null when load() keeps all facets as they are.
+    bool (*visitFacets)(const QString& fileName, Encoding encoding,
+                        const std::function<void(const Facet& facet)>& visit) = nullptr;
+
+    Rounding RoundingOf(Encoding encoding) const
+    {
+        return encoding == Encoding::Binary ? binaryRounding : textRounding;
+    }
 };
 
 /// The refusal of a file of which nothing is known but that the format's reader could not read it.

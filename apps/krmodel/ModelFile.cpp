@@ -7,6 +7,7 @@
 
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
+#include "apps/krmodel/Verification.h"
 
 namespace krmodel {
 
@@ -124,6 +125,9 @@ void SaveModel(const Output& output, const Model& model)
     if (!output.format->isComplete(file.GetName(), model, output.encoding))
         Fail(ExitCode::WriteFailed, file.GetTarget(),
              QStringLiteral("not written, the file did not come out complete, the disk may be full"));
+    if (const auto difference = FindDifference(*output.format, file.GetName(), model, output.encoding))
+        Fail(ExitCode::WriteFailed, file.GetTarget(),
+             QStringLiteral("not written, the file did not come out right: ") + *difference);
     file.Commit();
 }
 

@@ -1,5 +1,9 @@
 #include "apps/krmodel/StlFormat.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
 #include <QFile>
 #include <QtEndian>
 
@@ -52,6 +56,73 @@ bool IsEmptyText(QFile& file)
     return text.startsWith("solid") && text.contains("endsolid") && !text.contains("vertex");
 }
 
+/// As Save() writes them; the count has been looked at by IsComplete().
+bool VisitRecords(QFile& file, const std::function<void(const Facet& facet)>& visit)
+{
+    static_assert(sizeof(Facet) == 9 * sizeof(float), "the corners of a record are copied as they lie");
+    constexpr qint64 kNormalSize = 3 * sizeof(float);
+    constexpr qint64 kRecordsAtOnce = 8192;
+    if (!file.seek(kCountEnd))
+        return false;
+    for (QByteArray records = file.read(kRecordsAtOnce * kRecordSize); !records.isEmpty();
+         records = file.read(kRecordsAtOnce * kRecordSize)) {
+        if (records.size() % kRecordSize != 0)
+            return false;
+        for (qint64 at = 0; at < records.size(); at += kRecordSize) {
+            Facet facet;
+            std::memcpy(facet.data(), records.constData() + at + kNormalSize, sizeof facet);
+            visit(facet);
+        }
+    }
+    return true;
+}
+
+const char* SkipBlanks(const char* position, const char* end)
+{
+    return std::find_if(position, end, [](char character) { return character != ' '; });
+}
+
+/// "vertex 1 2 3"; nothing for a line of another kind or with other numbers.
+std::optional<Vector3D<float>> CornerOf(const QByteArray& line)
+{
+    constexpr char kKeyword[] = "vertex ";
+    constexpr qint64 kKeywordSize = sizeof kKeyword - 1;
+    const char* const end = line.constData() + line.size();
+    const char* position = SkipBlanks(line.constData(), end);
+    if (end - position < kKeywordSize || std::memcmp(position, kKeyword, kKeywordSize) != 0)
+        return std::nullopt;
+    position += kKeywordSize;
+    float numbers[3];
+    for (float& number : numbers) {
+        const auto [behind, error] = std::from_chars(SkipBlanks(position, end), end, number);
+        if (error != std::errc())
+            return std::nullopt;
+        position = behind;
+    }
+    return Vector3D<float>(numbers[0], numbers[1], numbers[2]);
+}
+
+bool VisitLoops(QFile& file, const std::function<void(const Facet& facet)>& visit)
+{
+    constexpr qint64 kLongestLine = 1024;
+    Facet facet;
+    size_t cornerCount = 0;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine(kLongestLine);
+        if (const auto corner = CornerOf(line)) {
+            if (cornerCount == facet.size())
+                return false;
+            facet[cornerCount++] = *corner;
+        } else if (line.contains("endloop")) {
+            if (cornerCount != facet.size())
+                return false;
+            visit(facet);
+            cornerCount = 0;
+        }
+    }
+    return cornerCount == 0;
+}
+
 /// The reader refuses a file that is of this format but declares no facet like a damaged one.
 bool DeclaresNothing(const QString& fileName)
 {
@@ -89,6 +160,15 @@ bool IsComplete(const QString& fileName, const Model& model, Encoding encoding)
         return file.size() == kCountEnd + FacetCount(model) * kRecordSize;
     const qint64 tail = qint64(sizeof kTextEnd) - 1;
     return file.size() >= tail && file.seek(file.size() - tail) && file.readAll() == kTextEnd;
+}
+
+bool VisitFacets(const QString& fileName, Encoding encoding,
+                 const std::function<void(const Facet& facet)>& visit)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    return encoding == Encoding::Binary ? VisitRecords(file, visit) : VisitLoops(file, visit);
 }
 
 QString Variant(const QString& fileName)

@@ -8,6 +8,10 @@ namespace krmodel::stl {
 std::optional<Refusal> Load(const QString& fileName, const ReadOptions& options, Model& model);
 bool Save(const QString& fileName, const Model& model, Encoding encoding);
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
+/// For files that Save() wrote. Unlike the reader, which stitches facets together and drops some, it takes
+/// them as they are.
+bool VisitFacets(const QString& fileName, Encoding encoding,
+                 const std::function<void(const Facet& facet)>& visit);
 QString Variant(const QString& fileName);
 
 } // namespace krmodel::stl

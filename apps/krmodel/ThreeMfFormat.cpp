@@ -103,14 +103,6 @@ Model3MF::BaseMaterial MaterialOf(const Model& model)
     return material;
 }
 
-std::vector<int> FacetCounts(const Model& model)
-{
-    std::vector<int> counts;
-    for (const auto& mesh : model.meshes)
-        counts.push_back(mesh->GetFaceNum());
-    return counts;
-}
-
 } // namespace
 
 std::optional<Refusal> Load(const QString& fileName, const ReadOptions&, Model& model)
@@ -143,14 +135,10 @@ bool Save(const QString& fileName, const Model& model, Encoding)
     return package.SaveFile(fileName, objects, {});
 }
 
-bool IsComplete(const QString& fileName, const Model& model, Encoding)
+bool IsComplete(const QString& fileName, const Model&, Encoding)
 {
-    Model read;
     // A device has no end to look for a directory at.
-    return QFileInfo(fileName).isFile() && HasArchiveEnd(fileName) && !Load(fileName, {}, read) &&
-           FacetCounts(read) == FacetCounts(model) && read.metadata.size() == model.metadata.size() &&
-           read.colours.texts.size() == model.colours.texts.size() &&
-           read.thumbnail.bytes.isEmpty() == model.thumbnail.bytes.isEmpty();
+    return QFileInfo(fileName).isFile() && HasArchiveEnd(fileName);
 }
 
 } // namespace krmodel::threemf

@@ -15,8 +15,7 @@ std::optional<Refusal> Load(const QString& fileName, const ReadOptions& options,
 /// stays as it is. The colours get an id beyond those of the objects unless theirs already is.
 bool Save(const QString& fileName, const Model& model, Encoding encoding);
 
-/// Whether the package, read again, has as many objects with as many facets each, as many metadata entries
-/// and colours, and a thumbnail if there should be one; and whether the archive's end is there.
+/// Whether the archive's end is there.
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
 
 } // namespace krmodel::threemf
