@@ -17,17 +17,19 @@ namespace {
 constexpr Format kFormats[] = {
     {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, Contents::Facets,
      stl::Load, stl::Save, stl::IsComplete, stl::Variant, Rounding::None, Rounding::SixDecimals,
-     stl::VisitFacets},
+     stl::VisitFacets, false, stl::Scan},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
      Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr, Rounding::None,
-     Rounding::SixDecimals},
+     Rounding::SixDecimals, nullptr, true, obj::Scan},
     {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
      Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr,
-     Rounding::SixDigits, Rounding::SixDigits},
+     Rounding::SixDigits, Rounding::SixDigits, nullptr, false, threemf::Scan},
     {"STEP", "stp step", "solids and shells, tessellated, with names and in their places; read alone",
-     Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr},
+     Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr, Rounding::None,
+     Rounding::None, nullptr, false, cad::ScanStep},
     {"IGES", "igs iges", "solids, shells and faces, tessellated, with names and in their places; read alone",
-     Variants::TextAlone, Contents::Objects, cad::LoadIges, nullptr, nullptr, nullptr},
+     Variants::TextAlone, Contents::Objects, cad::LoadIges, nullptr, nullptr, nullptr, Rounding::None,
+     Rounding::None, nullptr, false, cad::ScanIges},
 };
 
 QStringList SuffixesOf(const Format& format)

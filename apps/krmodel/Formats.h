@@ -74,6 +74,13 @@ enum class Contents {
     Objects, ///< objects with names and placements, a unit, and all else that a Model holds
 };
 
+/// One kind of what is not carried from a file to another.
+struct Loss {
+    QString kind;     ///< a word for programs; it stays
+    qint64 count = 0; ///< of what the text tells, above 0
+    QString text;     ///< for people
+};
+
 /// Three corners.
 using Facet = std::array<Vector3D<float>, 3>;
 
@@ -101,6 +108,9 @@ struct Format {
     /// write. Null when load() keeps all facets as they are.
     bool (*visitFacets)(const QString& fileName, Encoding encoding,
                         const std::function<void(const Facet& facet)>& visit) = nullptr;
+    bool holdsTexture = false; ///< save() writes texture coordinates
+    /// Looks for what a file that was loaded declares and the model does not hold; null when nobody looks.
+    std::vector<Loss> (*scan)(const QString& fileName, const Model& model) = nullptr;
 
     Rounding RoundingOf(Encoding encoding) const
     {

@@ -6,6 +6,7 @@
 
 #include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
+#include "apps/krmodel/Loss.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ModelFile.h"
@@ -125,13 +126,24 @@ void AddSurface(TextTable& table, const MeshReport& report, bool isInMillimetres
     table.AddRow({QStringLiteral("pieces"), CountText(report.pieces)});
 }
 
+/// What the file declares and the model does not hold, a line each.
+QString LossTable(const LoadedModel& loaded, const QString& fileName)
+{
+    const std::vector<Loss> losses = FindInputLosses(*loaded.format, fileName, loaded.model);
+    QString lines = losses.empty() ? QString() : QStringLiteral("  not carried\n");
+    for (const Loss& loss : losses)
+        lines += QStringLiteral("  ") + loss.text + QLatin1Char('\n');
+    return lines;
+}
+
 /// The lists below the table, a gap before each.
 QString ListsText(const LoadedModel& loaded, const QString& fileName)
 {
     QString text;
     const bool hasObjects = loaded.format->contents == Contents::Objects;
-    for (const QString& list : {hasObjects ? ObjectTable(loaded.model) : QString(),
-                                MetadataTable(loaded.model), MaterialTable(loaded.model, fileName)})
+    for (const QString& list :
+         {hasObjects ? ObjectTable(loaded.model) : QString(), MetadataTable(loaded.model),
+          MaterialTable(loaded.model, fileName), LossTable(loaded, fileName)})
         text += list.isEmpty() ? QString() : QLatin1Char('\n') + list;
     return text;
 }

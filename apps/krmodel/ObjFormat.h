@@ -12,5 +12,7 @@ std::optional<Refusal> Load(const QString& fileName, const ReadOptions& options,
 bool Save(const QString& fileName, const Model& model, Encoding encoding);
 /// Whether there is a line for each face, and the last one is ended. Faces come last in the file.
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
+/// What the file declares and is not in the model that was loaded from it.
+std::vector<Loss> Scan(const QString& fileName, const Model& model);
 
 } // namespace krmodel::obj

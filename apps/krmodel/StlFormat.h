@@ -13,5 +13,7 @@ bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
 bool VisitFacets(const QString& fileName, Encoding encoding,
                  const std::function<void(const Facet& facet)>& visit);
 QString Variant(const QString& fileName);
+/// What the file declares and is not in the model that was loaded from it.
+std::vector<Loss> Scan(const QString& fileName, const Model& model);
 
 } // namespace krmodel::stl

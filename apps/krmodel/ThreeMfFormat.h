@@ -17,5 +17,7 @@ bool Save(const QString& fileName, const Model& model, Encoding encoding);
 
 /// Whether the archive's end is there.
 bool IsComplete(const QString& fileName, const Model& model, Encoding encoding);
+/// What the file declares and is not in the model that was loaded from it.
+std::vector<Loss> Scan(const QString& fileName, const Model& model);
 
 } // namespace krmodel::threemf

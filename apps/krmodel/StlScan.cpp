@@ -1,0 +1,89 @@
+#include <QFile>
+#include <QtEndian>
+
+#include "apps/krmodel/ByteStream.h"
+#include "apps/krmodel/LossList.h"
+#include "apps/krmodel/StlFormat.h"
+
+namespace krmodel::stl {
+
+namespace {
+
+constexpr qint64 kHeaderSize = 80;
+constexpr qint64 kCountEnd = kHeaderSize + 4;
+constexpr int kRecordSize = 50;
+constexpr int kWordPlace = 48;
+
+/// Some programs keep a colour there.
+qint64 CountAttributeWords(QFile& file)
+{
+    constexpr int kRecordsAtOnce = 8192;
+    qint64 count = 0;
+    if (!file.seek(kCountEnd))
+        return 0;
+    for (QByteArray records = file.read(kRecordsAtOnce * kRecordSize); !records.isEmpty();
+         records = file.read(kRecordsAtOnce * kRecordSize))
+        for (int word = kWordPlace; word + 2 <= records.size(); word += kRecordSize)
+            count += qFromLittleEndian<quint16>(records.constData() + word) != 0 ? 1 : 0;
+    return count;
+}
+
+/// What the reader leaves out for want of an area.
+qint64 CountDropped(QFile& file, const Model& model)
+{
+    char count[4];
+    if (!file.seek(kHeaderSize) || file.read(count, sizeof count) != qint64(sizeof count))
+        return 0;
+    qint64 dropped = qFromLittleEndian<quint32>(count);
+    for (const auto& mesh : model.meshes)
+        dropped -= mesh->GetFaceNum();
+    return dropped;
+}
+
+struct TextCounts {
+    qint64 solids = 0;
+    qint64 facets = 0;
+};
+
+TextCounts CountTexts(QFile& file)
+{
+    TextCounts counts;
+    VisitPieces(file, '\n', [&](const QByteArray& line) {
+        const QByteArray statement = line.trimmed().left(8).toLower();
+        counts.solids += statement.startsWith("solid") ? 1 : 0;
+        counts.facets += statement.startsWith("facet") ? 1 : 0;
+    });
+    return counts;
+}
+
+void AddBinary(LossList& losses, QFile& file, const Model& model)
+{
+    losses.Add("degenerate-facets", CountDropped(file, model), "%1 facets that are no triangles");
+    losses.Add("attributes", CountAttributeWords(file), "the attribute words (colours) of %1 facets");
+    if (file.seek(0))
+        losses.Add("header-colour", file.read(kHeaderSize).contains("COLOR=") ? 1 : 0,
+                   "the colour in the header");
+}
+
+void AddText(LossList& losses, QFile& file, const Model& model)
+{
+    const TextCounts counts = CountTexts(file);
+    losses.Add("degenerate-facets", counts.facets - model.meshes.at(0)->GetFaceNum(),
+               "%1 facets that are no triangles");
+    losses.Add("parts", counts.solids > 1 ? counts.solids : 0, "the division into %1 solids");
+}
+
+} // namespace
+
+std::vector<Loss> Scan(const QString& fileName, const Model& model)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    LossList losses;
+    const bool isBinary = Variant(fileName) == QStringLiteral("binary");
+    (isBinary ? AddBinary : AddText)(losses, file, model);
+    return losses.Get();
+}
+
+} // namespace krmodel::stl
