@@ -1,49 +1,244 @@
+#include <cstdio>
 #include <memory>
+
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QFile>
 
 #include "apps/krmodel/Batch.h"
 #include "apps/krmodel/Commands.h"
+#include "apps/krmodel/Conversion.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/Loss.h"
-#include "apps/krmodel/ModelFile.h"
 #include "apps/krmodel/Placement.h"
+#include "fileformat/3mf/Model3MF.h"
 
 namespace krmodel {
 
 namespace {
 
-struct Options {
-    QString input;
-    QString output;
-    std::optional<Encoding> encoding; ///< none when the person did not say
-    ReadOptions reading;
-    bool isQuiet = false;
+constexpr const char* kUnits[] = {"micron", "millimeter", "centimeter", "inch", "foot", "meter"};
+
+struct Options : ConvertOptions {
     BatchOptions batch;
 };
 
-ExitCode Convert(const Options& options, const Output& output)
+void KeepStandardInput(const QString& fileName)
 {
-    LoadedModel loaded = LoadModel(options.input, options.reading);
-    std::vector<Loss> losses = FindInputLosses(*loaded.format, options.input, loaded.model);
-    if (output.format->contents == Contents::Facets && !PlaceInMillimetres(loaded.model))
+    constexpr qint64 kBlockSize = 1 << 20;
+    QFile from, to(fileName);
+    if (!from.open(STDIN_FILENO, QIODevice::ReadOnly))
+        throw Failure(ExitCode::CannotOpen, QStringLiteral("standard input: cannot open"));
+    bool isGood = to.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    for (QByteArray block = from.read(kBlockSize); isGood && !block.isEmpty(); block = from.read(kBlockSize))
+        isGood = to.write(block) == block.size();
+    if (!isGood)
         throw Failure(ExitCode::WriteFailed,
-                      output.file.GetTarget() +
-                          QStringLiteral(": not written, an object is placed further away than its numbers "
-                                         "reach"));
+                      QStringLiteral("standard input: cannot be kept in a temporary file: ") +
+                          to.errorString());
+}
+
+LoadedModel LoadStandardInput(const QString& fileName, const ReadOptions& reading)
+{
+    KeepStandardInput(fileName);
+    try {
+        LoadedModel loaded = LoadModel(fileName, reading);
+        if (loaded.format->contents == Contents::Facets)
+            loaded.model.meshes.at(0)->SetObjectName(QStringLiteral("stdin"));
+        return loaded;
+    } catch (const Failure& failure) {
+        // The temporary name says nothing to anybody.
+        throw Failure(failure.GetCode(),
+                      QString::fromUtf8(failure.what()).replace(fileName, QStringLiteral("standard input")));
+    }
+}
+
+LoadedModel Load(const Conversion& conversion, const ReadOptions& reading)
+{
+    return conversion.isFromStandardInput ? LoadStandardInput(conversion.inputFile, reading)
+                                          : LoadModel(conversion.inputFile, reading);
+}
+
+bool HasUnit(const Format& format)
+{
+    return format.contents == Contents::Objects;
+}
+
+/// The unit said is that of the side that has none; between two packages that of the output.
+Unit UnitToWrite(const Unit& said, const LoadedModel& loaded, const Format& output)
+{
+    const bool isOfInput = !HasUnit(*loaded.format);
+    if (!said.name.isEmpty() && !isOfInput)
+        return said;
+    return HasUnit(output) ? loaded.model.unit : Unit{QStringLiteral("millimeter"), 1};
+}
+
+Placing PlacingFor(const Options& options, const Format& output)
+{
+    const bool mustBeInPlace = !HasUnit(output) || options.joining == Joining::Merge;
+    if (options.appliesPlacements.value_or(mustBeInPlace))
+        return Placing::Apply;
+    return mustBeInPlace ? Placing::Drop : Placing::Keep;
+}
+
+/// Units, placements and the number of objects as the person wants them.
+void Arrange(LoadedModel& loaded, const Options& options, const Format& output)
+{
+    const Unit said{options.unit, Model3MF::GetUnitScale(options.unit)};
+    if (!said.name.isEmpty() && !HasUnit(*loaded.format))
+        loaded.model.unit = said;
+    if (!Place(loaded.model, PlacingFor(options, output), UnitToWrite(said, loaded, output)))
+        throw Failure(ExitCode::WriteFailed,
+                      QStringLiteral("an object is placed further away than its numbers reach"));
+    if (options.joining == Joining::Merge && !MergeObjects(loaded.model))
+        throw Failure(ExitCode::WriteFailed, QStringLiteral("all objects together are too large for one"));
+    loaded.model.wantsNormals = options.hasNormals;
+}
+
+/// Each object as a model of its own.
+void SaveApart(const Output& output, Model& model)
+{
+    std::vector<std::unique_ptr<Mesh>> meshes = std::move(model.meshes);
+    for (size_t i = 0; i < meshes.size(); ++i) {
+        model.meshes.clear();
+        model.meshes.push_back(std::move(meshes[i]));
+        Output one = output;
+        one.file = output.file.WithTarget(NumberedName(output.file.GetTarget(), i + 1));
+        if (model.meshes[0]->GetFaceNum() > 0)
+            SaveModel(one, model);
+        model.groups.clear();
+    }
+}
+
+void Save(const Conversion& conversion, const Options& options, int standardOutput, Model& model)
+{
+    if (options.joining == Joining::Split) {
+        SaveApart(conversion.output, model);
+    } else if (conversion.isToStandardOutput) {
+        WriteModel(conversion.output, model);
+        conversion.output.file.CopyTo(standardOutput);
+    } else {
+        SaveModel(conversion.output, model);
+    }
+}
+
+qint64 FacetCount(const Model& model)
+{
+    qint64 count = 0;
+    for (const auto& mesh : model.meshes)
+        count += mesh->GetFaceNum();
+    return count;
+}
+
+void PrintSummary(const Conversion& conversion, qint64 facetCount, double seconds)
+{
+    const QString target = conversion.isToStandardOutput ? QStringLiteral("standard output")
+                                                         : conversion.output.file.GetTarget();
+    std::fprintf(stderr, "krmodel: %s: %s facets written to %s, read back and compared, in %.2f s\n",
+                 qUtf8Printable(conversion.shownInput), qUtf8Printable(CountText(facetCount)),
+                 qUtf8Printable(target), seconds);
+}
+
+ExitCode Convert(const Conversion& conversion, const Options& options, int standardOutput)
+{
+    QElapsedTimer clock;
+    clock.start();
+    const Output& output = conversion.output;
+    LoadedModel loaded = Load(conversion, options.reading);
+    std::vector<Loss> losses = FindInputLosses(*loaded.format, conversion.inputFile, loaded.model);
+    try {
+        Arrange(loaded, options, *output.format);
+    } catch (const Failure& failure) {
+        throw Failure(failure.GetCode(), output.file.GetTarget() + QStringLiteral(": not written, ") +
+                                             QString::fromUtf8(failure.what()));
+    }
     const std::vector<Loss> outputLosses =
         FindOutputLosses(loaded.model, *loaded.format, *output.format, output.encoding);
     losses.insert(losses.end(), outputLosses.begin(), outputLosses.end());
-    SaveModel(output, loaded.model);
+    const qint64 facetCount = FacetCount(loaded.model);
+    Save(conversion, options, standardOutput, loaded.model);
     if (!options.isQuiet)
-        PrintLosses(options.input, losses);
+        PrintLosses(conversion.shownInput, losses);
+    if (options.isVerbose)
+        PrintSummary(conversion, facetCount, double(clock.elapsed()) * 1e-3);
     return ExitCode::Done;
 }
 
 ExitCode RunConvert(const Options& options)
 {
     // A mistyped output is reported before a large input is read.
-    const Output output = ChooseOutput(options.output, options.encoding);
-    return RunTasks({{options.input, [&] { return Convert(options, output); }, {output.file}}},
-                    options.batch);
+    const std::vector<Conversion> conversions = PlanConversions(options);
+    // The processes that do the work have another one.
+    const int standardOutput = dup(STDOUT_FILENO);
+    std::vector<Task> tasks;
+    for (const Conversion& conversion : conversions) {
+        std::vector<PendingFile> files = {conversion.output.file};
+        if (conversion.isFromStandardInput)
+            files.push_back(conversion.output.file.WithName(conversion.inputFile));
+        tasks.push_back(
+            {conversion.shownInput,
+             [&conversion, &options, standardOutput] { return Convert(conversion, options, standardOutput); },
+             files});
+    }
+    return RunTasks(tasks, options.batch);
+}
+
+std::string CheckSuffix(const std::string& suffix)
+{
+    const QString name = QStringLiteral("model.") + QString::fromStdString(suffix);
+    if (FindFormat(name))
+        return {};
+    return "'" + suffix + "' is no format; known are " + KnownSuffixes().toStdString();
+}
+
+void AddFiles(CLI::App& verb, Options& options)
+{
+    const auto take = [&options](const std::vector<std::string>& fileNames) {
+        for (const std::string& fileName : fileNames)
+            options.files << QString::fromStdString(fileName);
+    };
+    verb.add_option_function<std::vector<std::string>>(
+            "FILE", take,
+            "IN OUT: the model file to read and the one to write; or with --to any number of model files to "
+            "read. \"-\" is standard input or output")
+        ->required();
+    AddText(verb, "--to", options.to,
+            "write each input in this format, to a file of its name with this suffix; or the format of \"-\" "
+            "as the second of two names")
+        ->type_name("SUFFIX")
+        ->check(CheckSuffix);
+    AddText(verb, "--directory", options.directory,
+            "where the files of --to go; without it each lies beside its input")
+        ->type_name("DIRECTORY");
+    AddText(verb, "--from", options.from, "the format of standard input, which has no suffix")
+        ->type_name("SUFFIX")
+        ->check(CheckSuffix);
+}
+
+void AddArrangement(CLI::App& verb, Options& options)
+{
+    AddText(
+        verb, "--unit", options.unit,
+        "the unit of a file whose format has none: of the input's numbers, which become millimetres or a "
+        "3MF file in this unit; for a 3MF input the unit to write. Without it numbers are millimetres, and "
+        "3MF keeps its unit")
+        ->type_name("UNIT")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kUnits), std::end(kUnits))));
+    CLI::Option* apply = verb.add_flag_callback(
+        "--apply-transform", [&options] { options.appliesPlacements = true; },
+        "carry objects to their places in their coordinates (default for STL, OBJ and --merge)");
+    verb.add_flag_callback(
+            "--no-apply-transform", [&options] { options.appliesPlacements = false; },
+            "leave coordinates as they are; 3MF keeps the placements (its default), STL and OBJ lose them")
+        ->excludes(apply);
+    CLI::Option* merge = verb.add_flag_callback(
+        "--merge", [&options] { options.joining = Joining::Merge; },
+        "make one object of all; without it 3MF keeps them apart");
+    verb.add_flag_callback(
+            "--split", [&options] { options.joining = Joining::Split; },
+            "write a file for each object: part-1.stl, part-2.stl, ... for part.stl")
+        ->excludes(merge);
 }
 
 } // namespace
@@ -51,15 +246,18 @@ ExitCode RunConvert(const Options& options)
 void AddConvert(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        AddVerb(app, "convert", "Write a model in the format of the output's suffix, replacing the output",
-                command, [options] { return RunConvert(*options); });
-    AddText(*verb, "IN", options->input, "model file to read")->required();
-    AddText(*verb, "OUT", options->output, "model file to write")->required();
+    CLI::App* verb = AddVerb(
+        app, "convert", "Write models in the format of the output's suffix, or of --to, replacing the output",
+        command, [options] { return RunConvert(*options); });
+    AddFiles(*verb, *options);
     AddEncoding(*verb, options->encoding);
     AddReading(*verb, options->reading);
-    verb->add_flag("--quiet", options->isQuiet,
-                   "do not tell what is not carried from the input to the output");
+    AddArrangement(*verb, *options);
+    verb->add_flag("--normals", options->hasNormals,
+                   "write a normal for each facet; STL always has them, OBJ only so, 3MF never");
+    CLI::Option* quiet = verb->add_flag("--quiet", options->isQuiet,
+                                        "do not tell what is not carried from the input to the output");
+    verb->add_flag("--verbose", options->isVerbose, "tell of each file that was written")->excludes(quiet);
 }
 
 } // namespace krmodel

@@ -17,10 +17,10 @@ namespace {
 constexpr Format kFormats[] = {
     {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, Contents::Facets,
      stl::Load, stl::Save, stl::IsComplete, stl::Variant, Rounding::None, Rounding::SixDecimals,
-     stl::VisitFacets, false, stl::Scan},
+     stl::VisitFacets, false, stl::Scan, true},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
      Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr, Rounding::None,
-     Rounding::SixDecimals, nullptr, true, obj::Scan},
+     Rounding::SixDecimals, nullptr, true, obj::Scan, true},
     {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
      Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr,
      Rounding::SixDigits, Rounding::SixDigits, nullptr, false, threemf::Scan},

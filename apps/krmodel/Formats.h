@@ -46,6 +46,7 @@ struct Model {
     /// Runs of the first mesh's faces with their materials, counted as the file has them: faces may be gone
     /// since. GroupOfEachFace() knows what they are.
     std::vector<MeshTextureGroup> groups;
+    bool wantsNormals = false; ///< a normal is to be written for each facet, where a format can do without
 };
 
 /// How a file is to be read, where a format leaves a choice.
@@ -111,6 +112,7 @@ struct Format {
     bool holdsTexture = false; ///< save() writes texture coordinates
     /// Looks for what a file that was loaded declares and the model does not hold; null when nobody looks.
     std::vector<Loss> (*scan)(const QString& fileName, const Model& model) = nullptr;
+    bool holdsNormals = false; ///< save() writes a normal for each facet, always or when the model wants them
 
     Rounding RoundingOf(Encoding encoding) const
     {

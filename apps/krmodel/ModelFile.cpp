@@ -117,7 +117,7 @@ Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding)
     return {PendingFile(fileName), &format, encoding.value_or(hasBinary ? Encoding::Binary : Encoding::Text)};
 }
 
-void SaveModel(const Output& output, const Model& model)
+void WriteModel(const Output& output, const Model& model)
 {
     const PendingFile& file = output.file;
     if (!TrySave(output, model))
@@ -128,7 +128,12 @@ void SaveModel(const Output& output, const Model& model)
     if (const auto difference = FindDifference(*output.format, file.GetName(), model, output.encoding))
         Fail(ExitCode::WriteFailed, file.GetTarget(),
              QStringLiteral("not written, the file did not come out right: ") + *difference);
-    file.Commit();
+}
+
+void SaveModel(const Output& output, const Model& model)
+{
+    WriteModel(output, model);
+    output.file.Commit();
 }
 
 } // namespace krmodel

@@ -30,7 +30,11 @@ struct Output {
 ///         format does not have
 Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding);
 
-/// Writes a model, reads it back and compares it (see FindDifference()), and puts it in the output's place.
+/// Writes a model, reads it back and compares it (see FindDifference()).
+/// @throws Failure with WriteFailed
+void WriteModel(const Output& output, const Model& model);
+
+/// Writes a model so and puts it in the output's place.
 /// @throws Failure with WriteFailed
 void SaveModel(const Output& output, const Model& model);
 

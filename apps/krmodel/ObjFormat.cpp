@@ -57,7 +57,7 @@ bool Save(const QString& fileName, const Model& model, Encoding)
         meshes.push_back(mesh.get());
         textureFlags.push_back(HoldsTexture(*mesh));
     }
-    return OBJFile::SaveFile(fileName, meshes, textureFlags, false);
+    return OBJFile::SaveFile(fileName, meshes, textureFlags, model.wantsNormals);
 }
 
 bool IsComplete(const QString& fileName, const Model& model, Encoding)

@@ -106,19 +106,47 @@ void PendingFile::Fail(const QString& reason) const
     throw Failure(ExitCode::WriteFailed, m_target + QStringLiteral(": cannot write: ") + reason);
 }
 
-void PendingFile::CopyToTarget() const
+PendingFile PendingFile::WithTarget(const QString& target) const
+{
+    PendingFile other = *this;
+    other.m_target = target;
+    other.m_place = PlaceOf(target);
+    return other;
+}
+
+PendingFile PendingFile::WithName(const QString& name) const
+{
+    PendingFile other = *this;
+    other.m_name = name;
+    return other;
+}
+
+// The device is unbuffered, so that a full one shows in the result of the write.
+void PendingFile::Copy(QFile& to) const
 {
     constexpr qint64 kBlockSize = 1 << 20;
     QFile from(m_name);
-    QFile to(m_place);
-    // Unbuffered, so that a full device shows in the result of the write.
     if (!from.open(QIODevice::ReadOnly))
         Fail(from.errorString());
-    if (!to.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        Fail(to.errorString());
     for (QByteArray block = from.read(kBlockSize); !block.isEmpty(); block = from.read(kBlockSize))
         if (to.write(block) != block.size())
             Fail(to.errorString());
+}
+
+void PendingFile::CopyToTarget() const
+{
+    QFile to(m_place);
+    if (!to.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        Fail(to.errorString());
+    Copy(to);
+}
+
+void PendingFile::CopyTo(int descriptor) const
+{
+    QFile to;
+    if (!to.open(descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered))
+        Fail(to.errorString());
+    Copy(to);
 }
 
 void PendingFile::Commit() const

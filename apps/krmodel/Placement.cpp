@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include <Eigen/Geometry>
@@ -51,10 +52,10 @@ void Refinalise(Mesh& mesh)
     mesh.SetVolume(mesh.CalcuateVolume());
 }
 
-bool Place(Mesh& mesh, double millimetres)
+bool ApplyTransform(Mesh& mesh, double scale)
 {
-    const Eigen::Matrix3d linear = millimetres * LinearPartOf(mesh.GetTransformMatrix());
-    const Eigen::Vector3d translation = millimetres * TranslationOf(mesh.GetTransformMatrix());
+    const Eigen::Matrix3d linear = scale * LinearPartOf(mesh.GetTransformMatrix());
+    const Eigen::Vector3d translation = scale * TranslationOf(mesh.GetTransformMatrix());
     mesh.SetTransformMatrix({});
     if (IsIdentity(linear, translation))
         return true;
@@ -72,6 +73,34 @@ bool Place(Mesh& mesh, double millimetres)
     }
     Refinalise(mesh);
     return stayFinite;
+}
+
+Matrix4<double> WithScaledTranslation(Matrix4<double> transform, double scale)
+{
+    for (int row = 0; row < 3; ++row)
+        transform.set(row, 3, scale * transform.get(row, 3));
+    return transform;
+}
+
+bool PlaceMesh(Mesh& mesh, Placing placing, double scale)
+{
+    if (placing == Placing::Apply)
+        return ApplyTransform(mesh, scale);
+    const Matrix4<double> kept = WithScaledTranslation(mesh.GetTransformMatrix(), scale);
+    mesh.SetTransformMatrix({});
+    const bool staysFinite = ApplyTransform(mesh, scale);
+    if (placing == Placing::Keep)
+        mesh.SetTransformMatrix(kept);
+    return staysFinite;
+}
+
+void Append(std::vector<TriangleFace>& faces, const Mesh& mesh, size_t verticesBefore)
+{
+    for (TriangleFace face : *mesh.GetFacesVecPtr()) {
+        for (int& corner : face.v)
+            corner += int(verticesBefore);
+        faces.push_back(face);
+    }
 }
 
 QString VectorText(const Eigen::Vector3d& vector)
@@ -127,13 +156,48 @@ QStringList LinearTexts(Eigen::Matrix3d linear)
 
 } // namespace
 
-bool PlaceInMillimetres(Model& model)
+bool Place(Model& model, Placing placing, const Unit& unit)
 {
+    const double scale = model.unit.millimetres / unit.millimetres;
     bool stayFinite = true;
     for (const auto& mesh : model.meshes)
-        stayFinite = Place(*mesh, model.unit.millimetres) && stayFinite;
-    model.unit = Unit{QStringLiteral("millimeter"), 1};
+        stayFinite = PlaceMesh(*mesh, placing, scale) && stayFinite;
+    model.unit = unit;
     return stayFinite;
+}
+
+bool PlaceInMillimetres(Model& model)
+{
+    return Place(model, Placing::Apply, Unit{QStringLiteral("millimeter"), 1});
+}
+
+bool MergeObjects(Model& model)
+{
+    constexpr size_t kMostEntries = size_t(std::numeric_limits<int>::max());
+    if (model.meshes.size() < 2)
+        return true;
+    size_t vertexCount = 0, faceCount = 0;
+    for (const auto& mesh : model.meshes) {
+        vertexCount += mesh->GetVerticesVecPtr()->size();
+        faceCount += mesh->GetFacesVecPtr()->size();
+    }
+    if (vertexCount > kMostEntries || faceCount > kMostEntries)
+        return false;
+    std::vector<Vector3D<float>> vertices;
+    std::vector<TriangleFace> faces;
+    vertices.reserve(vertexCount);
+    faces.reserve(faceCount);
+    for (const auto& mesh : model.meshes) {
+        Append(faces, *mesh, vertices.size());
+        const auto& own = *mesh->GetVerticesVecPtr();
+        vertices.insert(vertices.end(), own.begin(), own.end());
+    }
+    model.meshes.resize(1);
+    Mesh& merged = *model.meshes.front();
+    merged.Cleanup();
+    merged.AddVertexAndFaces(vertices, faces);
+    Refinalise(merged);
+    return true;
 }
 
 QString PlacementText(const Matrix4<double>& transform)

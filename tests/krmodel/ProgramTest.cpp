@@ -323,7 +323,7 @@ TEST_F(Krmodel, EachCommandHasHelp)
         const char *line, *usage, *detail;
     } kHelp[] = {
         {"info --help", "krmodel info [OPTIONS] FILE...", "open edges"},
-        {"convert --help", "krmodel convert [OPTIONS] IN OUT", "--ascii"},
+        {"convert --help", "krmodel convert [OPTIONS] FILE...", "--ascii"},
         {"preview --help", "krmodel preview [OPTIONS] IN OUT", "800x600"},
         {"preview --help", "krmodel preview", "three-quarter, front, right, back, left, top, bottom"},
     };
