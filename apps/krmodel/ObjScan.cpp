@@ -44,10 +44,10 @@ void TakeVertex(Counts& counts, const QByteArray& line)
     counts.colouredVertices += CountWords(line) >= kWordsWithColour ? 1 : 0;
 }
 
-template<qint64 Counts::*kCount>
+template<qint64 Counts::*Counter>
 void Count(Counts& counts, const QByteArray&)
 {
-    ++(counts.*kCount);
+    ++(counts.*Counter);
 }
 
 // The commonest first.

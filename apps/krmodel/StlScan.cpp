@@ -17,7 +17,7 @@ constexpr int kWordPlace = 48;
 /// Some programs keep a colour there.
 qint64 CountAttributeWords(QFile& file)
 {
-    constexpr int kRecordsAtOnce = 8192;
+    constexpr qint64 kRecordsAtOnce = 8192;
     qint64 count = 0;
     if (!file.seek(kCountEnd))
         return 0;

@@ -66,6 +66,16 @@ TEST_F(KrmodelLoss, NamesWhatAPackageDeclaresAndTheLibraryDoesNotHold)
                              "that 1 objects are no models but support or the like"));
 }
 
+TEST_F(KrmodelLoss, LooksBehindALongCommentOfAPackage)
+{
+    const QByteArray comment =
+        "<!--" + QByteArray(9000, ' ') + "<object id='7' pid='1'>" + QByteArray(9000, ' ') + "-->";
+    Write("in.3mf",
+          Package(ModelText("millimeter", comment + "<object id='1' pid='9'>" + kTetrahedron + "</object>"))
+              .Bytes());
+    EXPECT_EQ(LossesTo("in.3mf", "out.3mf"), QStringList{QStringLiteral("the colours of 1 objects")});
+}
+
 TEST_F(KrmodelLoss, NamesWhatAnObjFileDeclaresAndTheLibraryDoesNotHold)
 {
     Write("in.obj",
