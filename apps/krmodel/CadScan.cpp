@@ -79,10 +79,10 @@ std::vector<Loss> ScanStep(const QString& fileName, const Model&)
     Counts counts;
     VisitPieces(file, ';', [&](const QByteArray& statement) { TakeStatement(counts, statement); });
     LossList losses;
-    losses.Add("colours", counts.coloured, "the colours and styles of %1 items");
-    losses.Add("layers", counts.layers, "%1 layers");
+    losses.Add("colours", counts.coloured, "the colours and styles of %1 {item|items}");
+    losses.Add("layers", counts.layers, "%1 {layer|layers}");
     losses.Add("solid-names", counts.namedSolids,
-               "the names of %1 solids: objects are named by the assembly");
+               "the {name|names} of %1 {solid|solids}: objects are named by the assembly");
     return losses.Get();
 }
 
@@ -94,8 +94,9 @@ std::vector<Loss> ScanIges(const QString& fileName, const Model&)
     Directory directory;
     VisitPieces(file, '\n', [&](const QByteArray& line) { directory.Take(line); });
     LossList losses;
-    losses.Add("colours", directory.GetCounts().coloured, "the colours of %1 entities");
-    losses.Add("layers", directory.GetCounts().layers, "the levels that %1 entities are on");
+    losses.Add("colours", directory.GetCounts().coloured, "the {colour|colours} of %1 {entity|entities}");
+    losses.Add("layers", directory.GetCounts().layers,
+               "the {level|levels} that %1 {entity is|entities are} on");
     return losses.Get();
 }
 

@@ -41,8 +41,8 @@ void AddCollapsing(LossList& losses, const Model& model, Rounding rounding)
         count += CountCollapsing(*mesh, rounding);
     losses.Add("collapsed-facets", count,
                rounding == Rounding::SixDecimals
-                   ? "%1 facets, whose corners fall together when rounded to six decimals"
-                   : "%1 facets, whose corners fall together when rounded to six digits");
+                   ? "%1 {facet|facets}, whose corners fall together when rounded to six decimals"
+                   : "%1 {facet|facets}, whose corners fall together when rounded to six digits");
 }
 
 qint64 CountTextureFaces(const Model& model)
@@ -63,10 +63,10 @@ qint64 CountNames(const Model& model)
 void AddObjects(LossList& losses, const Model& model)
 {
     const auto objectCount = qint64(model.meshes.size());
-    losses.Add("object-names", CountNames(model), "the names of %1 objects");
+    losses.Add("object-names", CountNames(model), "the {name|names} of %1 {object|objects}");
     losses.Add("objects", objectCount > 1 ? objectCount : 0, "the division into %1 objects");
-    losses.Add("metadata", model.metadata.size(), "%1 metadata entries");
-    losses.Add("colours", qint64(model.colours.texts.size()), "%1 colours");
+    losses.Add("metadata", model.metadata.size(), "%1 metadata {entry|entries}");
+    losses.Add("colours", qint64(model.colours.texts.size()), "%1 {colour|colours}");
     losses.Add("thumbnail", model.thumbnail.bytes.isEmpty() ? 0 : 1, "the thumbnail");
 }
 
@@ -82,8 +82,10 @@ std::vector<Loss> FindOutputLosses(const Model& model, const Format& from, const
 {
     LossList losses;
     if (!to.holdsTexture)
-        losses.Add("texture-coordinates", CountTextureFaces(model), "the texture coordinates of %1 facets");
-    losses.Add("materials", qint64(model.groups.size()), "the materials of %1 groups of facets");
+        losses.Add("texture-coordinates", CountTextureFaces(model),
+                   "the texture coordinates of %1 {facet|facets}");
+    losses.Add("materials", qint64(model.groups.size()),
+               "the {material|materials} of %1 {group|groups} of facets");
     if (from.contents == Contents::Objects && to.contents == Contents::Facets)
         AddObjects(losses, model);
     AddCollapsing(losses, model, to.RoundingOf(encoding));

@@ -84,12 +84,13 @@ std::vector<Loss> Scan(const QString& fileName, const Model&)
     VisitPieces(file, '\n', [&](const QByteArray& line) { TakeLine(counts, line); });
     LossList losses;
     losses.Add("relative-indices", counts.relativeFaces,
-               "%1 faces with relative (negative) indices, which are left out");
-    losses.Add("free-forms", counts.freeForms, "%1 free-form curves and surfaces");
-    losses.Add("lines", counts.lines, "%1 line elements");
-    losses.Add("points", counts.points, "%1 point elements");
-    losses.Add("vertex-colours", counts.colouredVertices, "the colours of %1 vertices");
-    losses.Add("normals", counts.normals, "%1 normals, which are worked out anew");
+               "%1 {face with relative (negative) indices, which is|faces with relative (negative) indices, "
+               "which are} left out");
+    losses.Add("free-forms", counts.freeForms, "%1 free-form {curve or surface|curves and surfaces}");
+    losses.Add("lines", counts.lines, "%1 line {element|elements}");
+    losses.Add("points", counts.points, "%1 point {element|elements}");
+    losses.Add("vertex-colours", counts.colouredVertices, "the {colour|colours} of %1 {vertex|vertices}");
+    losses.Add("normals", counts.normals, "%1 {normal, which is|normals, which are} worked out anew");
     // One names the whole.
     losses.Add("parts", counts.parts > 1 ? counts.parts : 0, "the division into %1 groups and objects");
     return losses.Get();

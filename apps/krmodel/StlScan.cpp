@@ -58,8 +58,10 @@ TextCounts CountTexts(QFile& file)
 
 void AddBinary(LossList& losses, QFile& file, const Model& model)
 {
-    losses.Add("degenerate-facets", CountDropped(file, model), "%1 facets that are no triangles");
-    losses.Add("attributes", CountAttributeWords(file), "the attribute words (colours) of %1 facets");
+    losses.Add("degenerate-facets", CountDropped(file, model),
+               "%1 {facet that is no triangle|facets that are no triangles}");
+    losses.Add("attributes", CountAttributeWords(file),
+               "the attribute {word (colour) of %1 facet|words (colours) of %1 facets}");
     if (file.seek(0))
         losses.Add("header-colour", file.read(kHeaderSize).contains("COLOR=") ? 1 : 0,
                    "the colour in the header");
@@ -69,7 +71,7 @@ void AddText(LossList& losses, QFile& file, const Model& model)
 {
     const TextCounts counts = CountTexts(file);
     losses.Add("degenerate-facets", counts.facets - model.meshes.at(0)->GetFaceNum(),
-               "%1 facets that are no triangles");
+               "%1 {facet that is no triangle|facets that are no triangles}");
     losses.Add("parts", counts.solids > 1 ? counts.solids : 0, "the division into %1 solids");
 }
 

@@ -65,20 +65,24 @@ public:
     std::vector<Loss> GetLosses() const
     {
         LossList losses;
-        losses.Add("nested-components", m_nested, "%1 components that are made of components themselves");
+        losses.Add("nested-components", m_nested,
+                   "%1 {component that is|components that are} made of components");
         losses.Add("repeated-placements", m_repeated,
-                   "%1 further placements of objects that are placed more than once");
-        losses.Add("other-parts", m_parts - 1,
-                   "that %1 model parts stand beside the package's root model: all are taken for one");
-        losses.Add("triangle-colours", m_colouredTriangles, "the colours or textures of %1 triangles");
-        losses.Add("object-colours", m_colouredObjects, "the colours of %1 objects");
+                   "%1 further {placement|placements} of objects that are placed more than once");
+        losses.Add(
+            "other-parts", m_parts - 1,
+            "that %1 model {part stands|parts stand} beside the package's root model: all are taken for one");
+        losses.Add("triangle-colours", m_colouredTriangles,
+                   "the {colour or texture|colours or textures} of %1 {triangle|triangles}");
+        losses.Add("object-colours", m_colouredObjects, "the {colour|colours} of %1 {object|objects}");
         losses.Add("colour-groups", std::max<qint64>(m_colourGroups - 1, 0),
-                   "%1 groups of colours or materials beside the first");
-        losses.Add("texture-coordinates", m_textureCoordinates, "%1 texture coordinates");
-        losses.Add("textures", m_textures, "%1 textures");
-        losses.Add("beams", m_beams, "%1 beams of lattices");
-        losses.Add("slices", m_slices, "%1 slices");
-        losses.Add("object-types", m_otherTypes, "that %1 objects are no models but support or the like");
+                   "%1 {group|groups} of colours or materials beside the first");
+        losses.Add("texture-coordinates", m_textureCoordinates, "%1 texture {coordinate|coordinates}");
+        losses.Add("textures", m_textures, "%1 {texture|textures}");
+        losses.Add("beams", m_beams, "%1 {beam|beams} of lattices");
+        losses.Add("slices", m_slices, "%1 {slice|slices}");
+        losses.Add("object-types", m_otherTypes,
+                   "that %1 {object is no model|objects are no models} but support or the like");
         return losses.Get();
     }
 

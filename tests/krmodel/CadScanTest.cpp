@@ -35,7 +35,7 @@ TEST(CadScan, CountsStylesLayersAndNamedSolidsOfStep)
                         "#5=STYLED_ITEM('',(#6),#1);#7=OVER_RIDING_STYLED_ITEM('',(#6),#1,#5);\n"
                         "#8=PRESENTATION_LAYER_ASSIGNMENT('1','',(#1));\nENDSEC;\n");
     EXPECT_EQ(TextOf(krmodel::cad::ScanStep(fileName, Model())),
-              "colours: the colours and styles of 2 items\nlayers: 1 layers\n"
+              "colours: the colours and styles of 2 items\nlayers: 1 layer\n"
               "solid-names: the names of 2 solids: objects are named by the assembly\n");
 }
 
@@ -57,7 +57,7 @@ TEST(CadScan, CountsColoursAndLevelsOfIges)
                         DirectoryLine({514, 0, 2}, 4) + DirectoryLine({110, 3, 0, 0, 0}, 5) +
                         DirectoryLine({110, 0, 0}, 6) + QByteArray(72, '9') + "P      1\n");
     EXPECT_EQ(TextOf(krmodel::cad::ScanIges(fileName, Model())),
-              "colours: the colours of 2 entities\nlayers: the levels that 1 entities are on\n");
+              "colours: the colours of 2 entities\nlayers: the level that 1 entity is on\n");
 }
 
 } // namespace

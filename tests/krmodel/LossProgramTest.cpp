@@ -54,16 +54,16 @@ TEST_F(KrmodelLoss, NamesWhatAPackageDeclaresAndTheLibraryDoesNotHold)
                         .Add("3D/other.model", ModelText("millimeter", ObjectText(1, "")))
                         .Bytes());
     EXPECT_EQ(LossesTo("in.3mf", "out.3mf").join(QLatin1Char('\n')),
-              QStringLiteral("2 components that are made of components themselves\n"
-                             "1 further placements of objects that are placed more than once\n"
-                             "that 1 model parts stand beside the package's root model: all are taken for "
+              QStringLiteral("2 components that are made of components\n"
+                             "1 further placement of objects that are placed more than once\n"
+                             "that 1 model part stands beside the package's root model: all are taken for "
                              "one\n"
                              "the colours or textures of 2 triangles\n"
-                             "the colours of 1 objects\n"
-                             "1 groups of colours or materials beside the first\n"
+                             "the colour of 1 object\n"
+                             "1 group of colours or materials beside the first\n"
                              "2 texture coordinates\n"
-                             "1 textures\n"
-                             "that 1 objects are no models but support or the like"));
+                             "1 texture\n"
+                             "that 1 object is no model but support or the like"));
 }
 
 TEST_F(KrmodelLoss, LooksBehindALongCommentOfAPackage)
@@ -73,7 +73,7 @@ TEST_F(KrmodelLoss, LooksBehindALongCommentOfAPackage)
     Write("in.3mf",
           Package(ModelText("millimeter", comment + "<object id='1' pid='9'>" + kTetrahedron + "</object>"))
               .Bytes());
-    EXPECT_EQ(LossesTo("in.3mf", "out.3mf"), QStringList{QStringLiteral("the colours of 1 objects")});
+    EXPECT_EQ(LossesTo("in.3mf", "out.3mf"), QStringList{QStringLiteral("the colour of 1 object")});
 }
 
 TEST_F(KrmodelLoss, NamesWhatAnObjFileDeclaresAndTheLibraryDoesNotHold)
@@ -84,12 +84,12 @@ TEST_F(KrmodelLoss, NamesWhatAnObjFileDeclaresAndTheLibraryDoesNotHold)
     EXPECT_EQ(LossesTo("in.obj", "out.stl").join(QLatin1Char('\n')),
               QStringLiteral("2 faces with relative (negative) indices, which are left out\n"
                              "2 free-form curves and surfaces\n"
-                             "1 line elements\n"
-                             "1 point elements\n"
-                             "the colours of 1 vertices\n"
-                             "1 normals, which are worked out anew\n"
+                             "1 line element\n"
+                             "1 point element\n"
+                             "the colour of 1 vertex\n"
+                             "1 normal, which is worked out anew\n"
                              "the division into 2 groups and objects\n"
-                             "the texture coordinates of 1 facets"));
+                             "the texture coordinates of 1 facet"));
 }
 
 TEST_F(KrmodelLoss, NamesWhatAnStlFileDeclaresAndTheLibraryDoesNotHold)
@@ -103,13 +103,13 @@ TEST_F(KrmodelLoss, NamesWhatAnStlFileDeclaresAndTheLibraryDoesNotHold)
     bytes.replace(84 + 2 * 50 + 24, 12, bytes.mid(84 + 2 * 50 + 12, 12));
     Write("in.stl", bytes);
     EXPECT_EQ(LossesTo("in.stl", "out.stl").join(QLatin1Char('\n')),
-              QStringLiteral("1 facets that are no triangles\n"
+              QStringLiteral("1 facet that is no triangle\n"
                              "the attribute words (colours) of 2 facets\n"
                              "the colour in the header"));
     Write("text.stl", "solid a\n" + FacetText("0 1 0") + "endsolid a\nsolid b\n" + FacetText("0 -1 0") +
                           FacetText("1 0 0") + "endsolid b\n");
     EXPECT_EQ(LossesTo("text.stl", "out.stl").join(QLatin1Char('\n')),
-              QStringLiteral("1 facets that are no triangles\nthe division into 2 solids"));
+              QStringLiteral("1 facet that is no triangle\nthe division into 2 solids"));
 }
 
 TEST_F(KrmodelLoss, NamesWhatTheOutputFormatCannotHold)
@@ -132,13 +132,12 @@ TEST_F(KrmodelLoss, NamesFacetsThatFallTogetherByRounding)
     Write("in.stl", "solid a\n" + FacetText("0 1 0") + FacetText("0 1e-9 0") + "endsolid a\n");
     EXPECT_EQ(
         LossesTo("in.stl", "out.obj"),
-        QStringList{QStringLiteral("1 facets, whose corners fall together when rounded to six decimals")});
+        QStringList{QStringLiteral("1 facet, whose corners fall together when rounded to six decimals")});
     Write("far.stl", "solid a\n" + FacetText("0 1 0") +
                          "facet normal 0 0 1\nouter loop\nvertex 100000.1 0 0\n"
                          "vertex 100000.2 0 0\nvertex 0 7 0\nendloop\nendfacet\nendsolid a\n");
-    EXPECT_EQ(
-        LossesTo("far.stl", "out.3mf"),
-        QStringList{QStringLiteral("1 facets, whose corners fall together when rounded to six digits")});
+    EXPECT_EQ(LossesTo("far.stl", "out.3mf"),
+              QStringList{QStringLiteral("1 facet, whose corners fall together when rounded to six digits")});
     EXPECT_EQ(LossesTo("far.stl", "out.obj"), QStringList());
 }
 
@@ -155,7 +154,7 @@ TEST_F(KrmodelLoss, IsShownByInfo)
     const ProgramRun run = Run("info in.obj");
     EXPECT_EQ(run.errors, QString());
     EXPECT_TRUE(run.output.endsWith(
-        QStringLiteral("\n  not carried\n  1 line elements\n  1 normals, which are worked out anew\n")))
+        QStringLiteral("\n  not carried\n  1 line element\n  1 normal, which is worked out anew\n")))
         << run.output.toStdString();
     EXPECT_FALSE(InfoOfSample("knob.stl").output.contains(QStringLiteral("not carried")));
 }
