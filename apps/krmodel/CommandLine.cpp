@@ -121,6 +121,7 @@ CLI::Option* AddNumbers(CLI::App& verb, const NumberOption& option, int count,
     };
     return verb.add_option_function<std::vector<std::string>>(option.name, takeTexts, option.help)
         ->expected(count)
+        ->allow_extra_args(false) // they are file names
         ->type_name(option.unit)
         ->check([option](const std::string& text) { return CheckNumber(option, text); });
 }
