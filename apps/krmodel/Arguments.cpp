@@ -7,14 +7,15 @@ namespace krmodel {
 namespace {
 
 // In the order of the help text.
-constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo,   AddConvert, AddPreview,
+constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo,   AddCheck,   AddConvert, AddPreview,
                                                     AddRelief, AddTexture, AddPaths};
 
 } // namespace
 
 std::optional<ExitCode> ParseArguments(int argc, const char* const* argv, Command& command)
 {
-    CLI::App app("Reads, measures, converts and draws 3D model files (" + KnownSuffixes().toStdString() +
+    CLI::App app("Reads, measures, checks, converts and draws 3D model files (" +
+                     KnownSuffixes().toStdString() +
                      "), makes reliefs from pictures, and works on texture and path files.",
                  "krmodel");
     app.set_version_flag("--version", "krmodel " KRMODEL_VERSION);

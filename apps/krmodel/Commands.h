@@ -9,6 +9,9 @@ namespace krmodel {
 /// Prints a table for each input. Goes on after a failure and ends with the first failure's code.
 void AddInfo(CLI::App& app, Command& command);
 
+/// Tells of each input whether it can be printed, and why not. Goes on after a failure.
+void AddCheck(CLI::App& app, Command& command);
+
 /// Writes the input in another format or variant.
 void AddConvert(CLI::App& app, Command& command);
 

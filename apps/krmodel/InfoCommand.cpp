@@ -4,8 +4,9 @@
 
 #include <QFile>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
+#include "apps/krmodel/Json.h"
 #include "apps/krmodel/Loss.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
@@ -113,8 +114,7 @@ void AddPackage(TextTable& table, const Model& model)
 
 void AddSurface(TextTable& table, const MeshReport& report, bool isInMillimetres)
 {
-    const QString openEdges =
-        report.openEdges == 0 ? QStringLiteral("0, closed") : CountText(report.openEdges);
+    const qint64 openEdges = report.topology.openEdges.count;
     table.AddRow({QStringLiteral("facets"), CountText(report.facets)});
     table.AddRow({QStringLiteral("vertices"), CountText(report.vertices)});
     AddTexture(table, report);
@@ -122,8 +122,9 @@ void AddSurface(TextTable& table, const MeshReport& report, bool isInMillimetres
               isInMillimetres ? QStringLiteral("bounds, mm") : QStringLiteral("bounds"));
     table.AddRow({isInMillimetres ? QStringLiteral("volume, mm³") : QStringLiteral("volume"),
                   NumberText(report.volume)});
-    table.AddRow({QStringLiteral("open edges"), openEdges});
-    table.AddRow({QStringLiteral("pieces"), CountText(report.pieces)});
+    table.AddRow(
+        {QStringLiteral("open edges"), openEdges == 0 ? QStringLiteral("0, closed") : CountText(openEdges)});
+    table.AddRow({QStringLiteral("pieces"), CountText(report.topology.pieces)});
 }
 
 /// What the file declares and the model does not hold, a line each.
@@ -149,7 +150,7 @@ QString ListsText(const LoadedModel& loaded, const QString& fileName)
 }
 
 /// Places the model for measuring it, once its own placements have been told.
-void PrintReport(const QString& fileName, LoadedModel& loaded)
+QByteArray Text(const QString& fileName, LoadedModel& loaded)
 {
     const bool hasObjects = loaded.format->contents == Contents::Objects;
     const QString lists = ListsText(loaded, fileName);
@@ -161,7 +162,15 @@ void PrintReport(const QString& fileName, LoadedModel& loaded)
     AddSurface(table, Measure(loaded.model), hasObjects);
     table.AddRow({QStringLiteral("read in"), Seconds(loaded.seconds)});
     table.AddRow({QStringLiteral("peak memory"), PeakMemory()});
-    std::fputs((fileName + QLatin1Char('\n') + table.ToString() + lists).toUtf8().constData(), stdout);
+    return (fileName + QLatin1Char('\n') + table.ToString() + lists).toUtf8();
+}
+
+/// As Text().
+QByteArray JsonText(const QString& fileName, LoadedModel& loaded)
+{
+    const QJsonObject description = DescribeModel(loaded, fileName);
+    PlaceInMillimetres(loaded.model);
+    return JsonLine(fileName, Merged(description, DescribeSurface(Measure(loaded.model))));
 }
 
 struct Options {
@@ -170,17 +179,20 @@ struct Options {
     BatchOptions batch;
 };
 
+ExitCode Inform(const QString& fileName, const Options& options)
+{
+    LoadedModel loaded = LoadModel(fileName, options.reading);
+    const QByteArray report =
+        options.batch.form == Form::Json ? JsonText(fileName, loaded) : Text(fileName, loaded);
+    std::fwrite(report.constData(), 1, size_t(report.size()), stdout);
+    return ExitCode::Done;
+}
+
 ExitCode RunInfo(const Options& options)
 {
     std::vector<Task> tasks;
     for (const QString& fileName : options.inputs)
-        tasks.push_back({fileName,
-                         [&] {
-                             LoadedModel loaded = LoadModel(fileName, options.reading);
-                             PrintReport(fileName, loaded);
-                             return ExitCode::Done;
-                         },
-                         {}});
+        tasks.push_back({fileName, [&] { return Inform(fileName, options); }, {}});
     return RunTasks(tasks, options.batch);
 }
 
@@ -192,12 +204,11 @@ void AddInfo(CLI::App& app, Command& command)
     CLI::App* verb = AddVerb(
         app, "info", "Print what model files hold: size, bounds, volume, open edges, objects, materials",
         command, [options] { return RunInfo(*options); });
-    const auto take = [options](const std::vector<std::string>& fileNames) {
-        for (const std::string& fileName : fileNames)
-            options->inputs << QString::fromStdString(fileName);
-    };
-    verb->add_option_function<std::vector<std::string>>("FILE", take, "model files to read")->required();
+    AddInputs(*verb, options->inputs);
     AddReading(*verb, options->reading);
+    AddJson(*verb, options->batch);
+    AddJobs(*verb, options->batch);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

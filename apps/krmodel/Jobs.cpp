@@ -107,7 +107,11 @@ struct Child {
     pid_t process = 0;
     int pipe = -1;
     QByteArray output;
+    bool isFlooding = false; ///< it was killed for printing too much
 };
+
+/// What the program keeps of a child's output. It is a report; more than this is no report any more.
+constexpr qint64 kMostOutput = qint64(256) << 20;
 
 /// The end of the child: never returns into the program that was copied.
 [[noreturn]] void LiveAsChild(const Job& job, const Limits& limits, int pipe, pid_t parent)
@@ -164,6 +168,10 @@ constexpr ExitCode kCodesOfJobs[] = {ExitCode::Done,        ExitCode::Usage, Exi
 
 JobEnd EndOf(const Child& child, int status, const Limits& limits)
 {
+    if (child.isFlooding)
+        return {ExitCode::Stopped,
+                {},
+                QStringLiteral("stopped, it prints more than %1 bytes").arg(CountText(kMostOutput))};
     if (!WIFEXITED(status))
         return {ExitCode::Stopped, child.output, DeathText(WTERMSIG(status), limits)};
     for (const ExitCode code : kCodesOfJobs)
@@ -213,6 +221,11 @@ private:
     {
         char bytes[1 << 16];
         const ssize_t count = read(child.pipe, bytes, sizeof bytes);
+        if (child.output.size() + count > kMostOutput) {
+            child.isFlooding = true;
+            kill(child.process, SIGKILL);
+            return false;
+        }
         if (count > 0)
             child.output.append(bytes, int(count));
         return count > 0 || (count < 0 && errno == EINTR);

@@ -8,39 +8,6 @@ namespace krmodel {
 
 namespace {
 
-qint64 CountOpenEdges(const std::vector<TriangleFace>& neighbours)
-{
-    qint64 count = 0;
-    for (const TriangleFace& across : neighbours)
-        count += std::count(std::begin(across.v), std::end(across.v), -1);
-    return count;
-}
-
-/// Visits each piece from its first facet on; every facet is put on the list once, so the walk ends.
-qint64 CountPieces(const std::vector<TriangleFace>& neighbours)
-{
-    std::vector<bool> isSeen(neighbours.size(), false);
-    std::vector<int> open;
-    qint64 pieces = 0;
-    const auto visit = [&](int facet) {
-        if (facet < 0 || isSeen[size_t(facet)])
-            return false;
-        isSeen[size_t(facet)] = true;
-        open.push_back(facet);
-        return true;
-    };
-    for (size_t first = 0; first < neighbours.size(); ++first) {
-        pieces += visit(int(first)) ? 1 : 0;
-        while (!open.empty()) {
-            const TriangleFace across = neighbours[size_t(open.back())];
-            open.pop_back();
-            for (const int facet : across.v)
-                visit(facet);
-        }
-    }
-    return pieces;
-}
-
 void Extend(MeshBoundingBox& bounds, const MeshBoundingBox& other)
 {
     if (other.isEmpty)
@@ -71,15 +38,14 @@ void AddTexture(MeshReport& report, const Mesh& mesh)
 MeshReport Measure(const Model& model)
 {
     MeshReport report;
-    for (const auto& mesh : model.meshes) {
+    for (size_t i = 0; i < model.meshes.size(); ++i) {
+        const auto& mesh = model.meshes[i];
         report.facets += mesh->GetFaceNum();
         report.vertices += mesh->GetVertexNum();
         AddTexture(report, *mesh);
         report.volume += mesh->GetVolume();
         Extend(report.bounds, mesh->GetBoundingBox());
-        const std::vector<TriangleFace>& neighbours = mesh->GetFaceNeighbours();
-        report.openEdges += CountOpenEdges(neighbours);
-        report.pieces += CountPieces(neighbours);
+        Add(report.topology, Examine(*mesh), i);
     }
     return report;
 }

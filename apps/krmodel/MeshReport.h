@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/krmodel/Formats.h"
+#include "apps/krmodel/Topology.h"
 
 namespace krmodel {
 
@@ -12,9 +13,8 @@ struct MeshReport {
     qint64 textureFaces = 0;
     bool isTextureGood = true; ///< each mesh with texture faces holds a texture, see HoldsTexture()
     MeshBoundingBox bounds;
-    double volume = 0;    ///< of all meshes together, in cubed units of the file
-    qint64 openEdges = 0; ///< facet edges without a neighbour
-    qint64 pieces = 0;    ///< sets of facets that are connected by edges
+    double volume = 0; ///< of all meshes together, in cubed units of the file
+    Topology topology;
 };
 
 MeshReport Measure(const Model& model);

@@ -53,6 +53,7 @@ TEST_F(Krmodel, ReadmeShowsWhatIsPrintedOfTheSamples)
         int lineCount;
     } kRuns[] = {{"info samples/balloon.obj", 20},
                  {"info samples/bolt.3mf", 23},
+                 {"check samples/gear.stl samples/sheet.stl samples/bolt.3mf", 5},
                  {"texture show samples/weave.texture", 14},
                  {"paths samples/gasket.path", 13}};
     for (const auto& [arguments, lineCount] : kRuns) {
@@ -310,7 +311,7 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     const ProgramRun run = Run("--help");
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
-    for (const char* verb : {"info", "convert", "preview", "relief", "texture", "paths"})
+    for (const char* verb : {"info", "check", "convert", "preview", "relief", "texture", "paths"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
     for (int code = Done; code <= Stopped; ++code)
@@ -323,6 +324,7 @@ TEST_F(Krmodel, EachCommandHasHelp)
         const char *line, *usage, *detail;
     } kHelp[] = {
         {"info --help", "krmodel info [OPTIONS] FILE...", "open edges"},
+        {"check --help", "krmodel check [OPTIONS] FILE...", "--json"},
         {"convert --help", "krmodel convert [OPTIONS] FILE...", "--ascii"},
         {"preview --help", "krmodel preview [OPTIONS] IN OUT", "800x600"},
         {"preview --help", "krmodel preview", "three-quarter, front, right, back, left, top, bottom"},
