@@ -6,7 +6,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Conversion.h"
 #include "apps/krmodel/Failure.h"
@@ -258,6 +258,7 @@ void AddConvert(CLI::App& app, Command& command)
     CLI::Option* quiet = verb->add_flag("--quiet", options->isQuiet,
                                         "do not tell what is not carried from the input to the output");
     verb->add_flag("--verbose", options->isVerbose, "tell of each file that was written")->excludes(quiet);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
@@ -71,6 +71,7 @@ void AddPaths(CLI::App& app, Command& command)
                                    "draw the contours into this file instead, PNG; closed ones are filled")
                                ->type_name("OUT.png");
     AddPictureSize(*verb, options->size, "width and height of the picture in pixels")->needs(picture);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

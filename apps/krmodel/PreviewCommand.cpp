@@ -4,7 +4,7 @@
 
 #include <QImage>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
@@ -118,6 +118,7 @@ void AddPreview(CLI::App& app, Command& command)
                    "write the picture that the model file keeps instead")
         ->excludes(view);
     AddReading(*verb, options->reading);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

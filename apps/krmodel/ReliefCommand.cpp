@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QImage>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
@@ -168,6 +168,7 @@ void AddRelief(CLI::App& app, Command& command)
     verb->add_flag("--dark-is-high", options->isDarkHigh,
                    "let black be high instead, as for a picture that light shines through");
     AddEncoding(*verb, options->encoding);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

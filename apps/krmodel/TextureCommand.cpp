@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QJsonObject>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
@@ -116,6 +116,7 @@ void AddShow(CLI::App& texture, Command& command)
         AddVerb(texture, "show", "Print what a texture file holds: name, picture, how it is laid", command,
                 [options] { return RunShow(*options); });
     AddText(*verb, "FILE", options->input, "texture file to read")->required();
+    AddLimits(*verb, options->batch);
 }
 
 void AddExtract(CLI::App& texture, Command& command)
@@ -125,6 +126,7 @@ void AddExtract(CLI::App& texture, Command& command)
                              [options] { return RunExtract(*options); });
     AddText(*verb, "FILE", options->input, "texture file to read")->required();
     AddText(*verb, "OUT.png", options->output, "picture to write, PNG")->required();
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <QJsonObject>
 #include <QUuid>
 
-#include "apps/krmodel/Batch.h"
+#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
 #include "apps/krmodel/TextureTexts.h"
@@ -214,6 +214,7 @@ void AddTextureMake(CLI::App& texture, Command& command)
     AddIdentity(*verb, *options);
     AddBeyond(*verb, options->parameters);
     AddMapping(*verb, options->parameters.matrix);
+    AddLimits(*verb, options->batch);
 }
 
 } // namespace krmodel

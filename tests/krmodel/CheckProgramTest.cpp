@@ -316,6 +316,57 @@ TEST_F(KrmodelCheck, TellsWhenTheTimeDoesNotSuffice)
               QStringLiteral("stopped, it takes more than 1 s of processor time"));
 }
 
+// The address space of a sanitized program is not limited.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(KrmodelCheck, EveryCommandThatReadsModelsOrPicturesEndsWhenTheMemoryDoesNotSuffice)
+{
+    for (const char* name : {"gear.stl", "medal.png"})
+        CopySample(name, name);
+    const QStringList before = AllFiles();
+    for (const char* line :
+         {"info gear.stl", "check gear.stl", "convert gear.stl out.stl", "preview gear.stl out.png"}) {
+        const ProgramRun run = Run(Words(line) + Words("--max-memory 1"));
+        EXPECT_EQ(run.exitCode, Stopped) << line;
+        EXPECT_EQ(run.output, QString()) << line;
+        EXPECT_TRUE(run.errors.contains(QStringLiteral("needs more memory than it may have"))) << line;
+    }
+    // A picture that does not fit into memory may look like one that is damaged.
+    for (const char* line : {"relief medal.png out.stl", "texture make medal.png out.texture"}) {
+        const ProgramRun run = Run(Words(line) + Words("--max-memory 1"));
+        EXPECT_TRUE(run.exitCode == Stopped || run.exitCode == NotReadable) << line << run.exitCode;
+        EXPECT_FALSE(run.errors.isEmpty()) << line;
+    }
+    EXPECT_EQ(AllFiles(), before);
+}
+#endif
+
+TEST_F(KrmodelCheck, EveryCommandThatReadsFilesTakesLimits)
+{
+    for (const char* name : {"gear.stl", "medal.png", "weave.texture", "gasket.path"})
+        CopySample(name, name);
+    for (const char* line :
+         {"info gear.stl", "check gear.stl", "convert gear.stl out.stl", "preview gear.stl out.png",
+          "relief medal.png out.stl", "texture show weave.texture", "texture extract weave.texture out.png",
+          "texture make medal.png out.texture", "paths gasket.path"}) {
+        const QStringList none = Words("--max-memory 0 --max-time 0 --max-output 0");
+        EXPECT_EQ(Run(Words(line) + none).exitCode, Done) << line;
+        for (const char* limit : {"--max-memory x", "--max-time x", "--max-output x"})
+            EXPECT_EQ(Run(Words(line) + Words(limit)).exitCode, Usage) << line << limit;
+    }
+}
+
+TEST_F(KrmodelCheck, StopsAnOutputThatGrowsTooLarge)
+{
+    Write("text.stl", "old");
+    // Seven lines a facet are more than the limit then.
+    Write("many.obj", QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\n") + QByteArray("f 1 2 3\n").repeated(30000));
+    const ProgramRun run = Run("convert many.obj text.stl --ascii --max-output 1");
+    EXPECT_EQ(run.exitCode, Stopped);
+    EXPECT_EQ(run.errors,
+              QStringLiteral("krmodel: many.obj: stopped, it writes a file of more than 1,048,576 bytes\n"));
+    EXPECT_EQ(Bytes("text.stl"), QByteArray("old"));
+}
+
 TEST_F(KrmodelCheck, RefusesLimitsAndNumbersOfJobsThatAreNone)
 {
     for (const char* line : {"check -j -1 a.stl", "check -j x a.stl", "check -j 1.5 a.stl", "check",
