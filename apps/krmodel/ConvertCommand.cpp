@@ -10,6 +10,7 @@
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Conversion.h"
 #include "apps/krmodel/Failure.h"
+#include "apps/krmodel/Json.h"
 #include "apps/krmodel/Loss.h"
 #include "apps/krmodel/Placement.h"
 #include "fileformat/3mf/Model3MF.h"
@@ -140,13 +141,39 @@ void PrintSummary(const Conversion& conversion, qint64 facetCount, double second
                  qUtf8Printable(target), seconds);
 }
 
+/// The files that Save() writes.
+QStringList OutputNames(const Conversion& conversion, const Options& options, const Model& model)
+{
+    const QString target = conversion.output.file.GetTarget();
+    if (options.joining != Joining::Split)
+        return {target};
+    QStringList names;
+    for (size_t i = 0; i < model.meshes.size(); ++i)
+        if (model.meshes[i]->GetFaceNum() > 0)
+            names << NumberedName(target, i + 1);
+    return names;
+}
+
+void PrintJson(const Conversion& conversion, const QJsonObject& description, const QStringList& outputs,
+               const std::vector<Loss>& losses)
+{
+    QJsonObject more;
+    more.insert(QStringLiteral("outputs"), QJsonArray::fromStringList(outputs));
+    more.insert(QStringLiteral("outputFormat"), QLatin1String(conversion.output.format->name));
+    more.insert(QStringLiteral("losses"), DescribeLosses(losses));
+    const QByteArray line = JsonLine(conversion.shownInput, Merged(description, more));
+    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
+}
+
 ExitCode Convert(const Conversion& conversion, const Options& options, int standardOutput)
 {
     QElapsedTimer clock;
     clock.start();
     const Output& output = conversion.output;
     LoadedModel loaded = Load(conversion, options.reading);
+    const bool wantsJson = options.batch.form == Form::Json;
     std::vector<Loss> losses = FindInputLosses(*loaded.format, conversion.inputFile, loaded.model);
+    const QJsonObject description = wantsJson ? DescribeModel(loaded, conversion.inputFile) : QJsonObject();
     try {
         Arrange(loaded, options, *output.format);
     } catch (const Failure& failure) {
@@ -157,9 +184,12 @@ ExitCode Convert(const Conversion& conversion, const Options& options, int stand
         FindOutputLosses(loaded.model, *loaded.format, *output.format, output.encoding);
     losses.insert(losses.end(), outputLosses.begin(), outputLosses.end());
     const qint64 facetCount = FacetCount(loaded.model);
+    const QStringList outputs = OutputNames(conversion, options, loaded.model);
     Save(conversion, options, standardOutput, loaded.model);
     if (!options.isQuiet)
         PrintLosses(conversion.shownInput, losses);
+    if (wantsJson)
+        PrintJson(conversion, description, outputs, losses);
     if (options.isVerbose)
         PrintSummary(conversion, facetCount, double(clock.elapsed()) * 1e-3);
     return ExitCode::Done;
@@ -169,6 +199,10 @@ ExitCode RunConvert(const Options& options)
 {
     // A mistyped output is reported before a large input is read.
     const std::vector<Conversion> conversions = PlanConversions(options);
+    for (const Conversion& conversion : conversions)
+        if (conversion.isToStandardOutput && options.batch.form == Form::Json)
+            throw Failure(ExitCode::Usage,
+                          QStringLiteral("--json prints on standard output, where a model is to go"));
     // The processes that do the work have another one.
     const int standardOutput = dup(STDOUT_FILENO);
     std::vector<Task> tasks;
@@ -258,6 +292,8 @@ void AddConvert(CLI::App& app, Command& command)
     CLI::Option* quiet = verb->add_flag("--quiet", options->isQuiet,
                                         "do not tell what is not carried from the input to the output");
     verb->add_flag("--verbose", options->isVerbose, "tell of each file that was written")->excludes(quiet);
+    AddJson(*verb, options->batch);
+    AddJobs(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

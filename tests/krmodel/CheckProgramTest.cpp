@@ -404,4 +404,62 @@ TEST_F(KrmodelCheck, WorksOnSeveralFilesAtOnceWhenAskedTo)
     EXPECT_EQ(run.exitCode, Interrupted);
 }
 
+TEST_F(KrmodelCheck, PrintsJsonOfAConversion)
+{
+    CopySample("bolt.3mf", "bolt.3mf");
+    const QJsonObject object = Json("convert --json --quiet bolt.3mf bolt.stl");
+    EXPECT_EQ(object.value(QLatin1String("file")).toString(), QStringLiteral("bolt.3mf"));
+    EXPECT_EQ(object.value(QLatin1String("format")).toString(), QStringLiteral("3MF"));
+    EXPECT_EQ(object.value(QLatin1String("outputFormat")).toString(), QStringLiteral("STL"));
+    EXPECT_EQ(object.value(QLatin1String("outputs")).toArray(), QJsonArray{QStringLiteral("bolt.stl")});
+    EXPECT_EQ(object.value(QLatin1String("objects")).toArray().size(), 2);
+    // STL has neither names nor metadata.
+    const QJsonArray losses = object.value(QLatin1String("losses")).toArray();
+    ASSERT_FALSE(losses.isEmpty());
+    for (const QJsonValue& loss : losses) {
+        EXPECT_FALSE(loss.toObject().value(QLatin1String("kind")).toString().isEmpty());
+        EXPECT_FALSE(loss.toObject().value(QLatin1String("text")).toString().isEmpty());
+        EXPECT_GT(loss.toObject().value(QLatin1String("count")).toInt(), 0);
+    }
+    EXPECT_TRUE(QFile::exists(Path("bolt.stl")));
+}
+
+TEST_F(KrmodelCheck, PrintsJsonOfEachFileThatIsSplitFromAnother)
+{
+    CopySample("bolt.3mf", "bolt.3mf");
+    const QJsonObject object = Json("convert --json --quiet --split bolt.3mf it.stl");
+    EXPECT_EQ(object.value(QLatin1String("outputs")).toArray(),
+              (QJsonArray{QStringLiteral("it-1.stl"), QStringLiteral("it-2.stl")}));
+}
+
+TEST_F(KrmodelCheck, ConvertsSeveralFilesAtATimeAndPrintsALineForEach)
+{
+    CopySample("gear.stl", "a.stl");
+    Write("b.stl", "nothing of the kind");
+    CopySample("knob.stl", "c.stl");
+    const ProgramRun run = Run("convert --json -j 3 --to obj a.stl b.stl c.stl");
+    EXPECT_EQ(run.exitCode, NotReadable);
+    const std::vector<QJsonObject> lines = Lines(run);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0].value(QLatin1String("outputs")).toArray(), QJsonArray{QStringLiteral("a.obj")});
+    EXPECT_EQ(lines[1].value(QLatin1String("exit")).toInt(), NotReadable);
+    EXPECT_FALSE(lines[1].contains(QLatin1String("outputs")));
+    EXPECT_EQ(lines[2].value(QLatin1String("outputs")).toArray(), QJsonArray{QStringLiteral("c.obj")});
+}
+
+TEST_F(KrmodelCheck, RefusesJsonBesideAModelOnStandardOutput)
+{
+    const ProgramRun run = Run("convert --json --to obj a.stl -");
+    EXPECT_EQ(run.exitCode, Usage);
+    EXPECT_EQ(run.output, QString());
+}
+
+TEST_F(KrmodelCheck, TellsLossesOfTheInputInJson)
+{
+    Write("it.obj", QByteArray(kTetrahedronObj) + "p 1\n");
+    const QJsonArray losses = Json("info --json it.obj").value(QLatin1String("losses")).toArray();
+    ASSERT_EQ(losses.size(), 1);
+    EXPECT_EQ(losses.at(0).toObject().value(QLatin1String("count")).toInt(), 1);
+}
+
 } // namespace
