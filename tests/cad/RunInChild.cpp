@@ -1,6 +1,7 @@
 #include "tests/cad/RunInChild.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -137,6 +138,16 @@ void GetReadyToWalkTheStack()
     static_cast<void>(kIsReady);
 }
 
+// The fuzzer's clock sends signals meanwhile.
+bool HasEnded(pid_t child, int& status)
+{
+    pid_t ended = -1;
+    do
+        ended = waitpid(child, &status, 0);
+    while (ended < 0 && errno == EINTR);
+    return ended == child;
+}
+
 } // namespace
 
 ChildEnd RunInChild(const std::function<bool()>& call, unsigned processorSeconds)
@@ -146,7 +157,7 @@ ChildEnd RunInChild(const std::function<bool()>& call, unsigned processorSeconds
     if (child == 0)
         RunAsChild(call, processorSeconds);
     int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child)
+    if (child < 0 || !HasEnded(child, status))
         return ChildEnd::KilledFromOutside;
     const ChildEnd end = EndOf(status);
     if (end == ChildEnd::Failed)
