@@ -61,7 +61,15 @@ public:
         }
         sigprocmask(SIG_BLOCK, &blocked, &m_mask);
     }
-    ~StopWatch() { Restore(); }
+    ~StopWatch()
+    {
+        // People and process groups send such signals twice. The second must not end the program while it
+        // clears up, which is all that is left to do.
+        if (IsStopped())
+            Ignore();
+        else
+            Restore();
+    }
     StopWatch(const StopWatch&) = delete;
     StopWatch& operator=(const StopWatch&) = delete;
 
@@ -73,9 +81,24 @@ public:
         sigprocmask(SIG_SETMASK, &m_mask, nullptr);
     }
     const sigset_t& GetMask() const { return m_mask; }
-    static bool IsStopped() { return stopSignal != 0; }
+    /// One that waits to arrive counts: a child that got it too may have ended before.
+    static bool IsStopped()
+    {
+        sigset_t waiting;
+        sigemptyset(&waiting);
+        sigpending(&waiting);
+        return stopSignal != 0 || std::any_of(std::begin(kStopSignals), std::end(kStopSignals),
+                                              [&](int signal) { return sigismember(&waiting, signal) == 1; });
+    }
 
 private:
+    void Ignore() const
+    {
+        for (const int signal : kStopSignals)
+            ::signal(signal, SIG_IGN);
+        sigprocmask(SIG_SETMASK, &m_mask, nullptr);
+    }
+
     struct sigaction m_before[std::size(kStopSignals)] = {};
     sigset_t m_mask = {};
 };
@@ -278,7 +301,8 @@ bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,
             ++begun;
         }
         children.Wait([&](size_t index, JobEnd end) { ended.emplace(index, std::move(end)); });
-        for (auto next = ended.find(told); next != ended.end(); next = ended.find(told)) {
+        for (auto next = ended.find(told); next != ended.end() && !StopWatch::IsStopped();
+             next = ended.find(told)) {
             onEnd(told++, next->second);
             ended.erase(next);
         }

@@ -35,7 +35,8 @@ using Job = std::function<ExitCode()>;
 ///
 /// The children are silent on standard output; what they print there comes with their end. Standard error is
 /// theirs too. When the program is told to stop (by interrupt, termination or hang-up), all children are
-/// killed and no further job begins.
+/// killed, no further job begins, and further signals of these kinds are ignored from then on: the program
+/// has nothing left to do but clear up and end.
 /// @param onEnd  gets the index and the end of each job, in the order of the jobs
 /// @return false when the program was told to stop; jobs without an end get none then
 bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,

@@ -273,6 +273,20 @@ TEST_F(KrmodelConvert, LeavesNoTemporaryFileOfStandardInputAndOutput)
     EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
 
+TEST_F(KrmodelConvert, LeavesNoTemporaryFileWhenInterrupted)
+{
+    ASSERT_TRUE(QDir().mkdir(Path("tmp")));
+    // Nobody closes the pipe that is its standard input.
+    const ProgramRun run =
+        RunProgram(QStringLiteral("timeout"),
+                   Words("--preserve-status --signal=INT 1") + QStringList(QStringLiteral(KRMODEL_PROGRAM)) +
+                       Words("convert - out.obj --from stl"),
+                   Path("."), QStringList(QStringLiteral("TMPDIR=") + Path("tmp")));
+    EXPECT_EQ(run.exitCode, Interrupted);
+    EXPECT_EQ(QDir(Path("tmp")).entryList(QDir::Files | QDir::Hidden), QStringList());
+    EXPECT_EQ(AllFiles(), QStringList());
+}
+
 TEST_F(KrmodelConvert, HelpNamesEveryOption)
 {
     const ProgramRun run = Run("convert --help");

@@ -211,6 +211,35 @@ TEST(Jobs, LeaveNoChildAndGetNoEndWhenTheProgramIsToldToStop)
     EXPECT_EQ(waitpid(-1, nullptr, 0), -1) << "left a child";
 }
 
+TEST(Jobs, LetNoSecondSignalEndTheProgramWhileItClearsUp)
+{
+    const Job interrupt = [] {
+        kill(getppid(), SIGINT);
+        sleep(600);
+        return ExitCode::Done;
+    };
+    EXPECT_FALSE(RunAll({interrupt}, 1).isThrough);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::raise(signal);
+        EXPECT_EQ(std::signal(signal, SIG_DFL), SIG_IGN);
+    }
+}
+
+TEST(Jobs, AreInterruptedWhenTheSignalEndsTheChildToo)
+{
+    const Job interruptBoth = [] {
+        kill(getppid(), SIGINT);
+        std::raise(SIGINT);
+        return ExitCode::Done;
+    };
+    for (int i = 0; i < 20; ++i) {
+        const Ends ends = RunAll({interruptBoth}, 1);
+        EXPECT_FALSE(ends.isThrough);
+        EXPECT_EQ(ends.order, std::vector<size_t>());
+        std::signal(SIGINT, SIG_DFL);
+    }
+}
+
 TEST(Jobs, PutBackHowSignalsWereHandled)
 {
     std::signal(SIGTERM, SIG_IGN);
