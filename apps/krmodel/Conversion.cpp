@@ -112,7 +112,7 @@ std::vector<Conversion> PlanConversions(const ConvertOptions& options)
 {
     if (options.to.isEmpty() && !options.directory.isEmpty())
         Refuse(QStringLiteral("--directory goes with --to, which names the format to write there"));
-    const std::vector<Conversion> conversions = Plan(options);
+    std::vector<Conversion> conversions = Plan(options);
     int fromStandardInput = 0;
     for (const Conversion& conversion : conversions) {
         fromStandardInput += conversion.isFromStandardInput ? 1 : 0;
