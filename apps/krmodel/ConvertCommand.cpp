@@ -195,6 +195,15 @@ ExitCode Convert(const Conversion& conversion, const Options& options, int stand
     return ExitCode::Done;
 }
 
+/// What is to be gone when the conversion ends, if it is still there.
+std::vector<PendingFile> FilesOf(const Conversion& conversion)
+{
+    const PendingFile& output = conversion.output.file;
+    if (!conversion.isFromStandardInput)
+        return {output};
+    return {output, output.WithName(conversion.inputFile)};
+}
+
 ExitCode RunConvert(const Options& options)
 {
     // A mistyped output is reported before a large input is read.
@@ -206,15 +215,11 @@ ExitCode RunConvert(const Options& options)
     // The processes that do the work have another one.
     const int standardOutput = dup(STDOUT_FILENO);
     std::vector<Task> tasks;
-    for (const Conversion& conversion : conversions) {
-        std::vector<PendingFile> files = {conversion.output.file};
-        if (conversion.isFromStandardInput)
-            files.push_back(conversion.output.file.WithName(conversion.inputFile));
+    for (const Conversion& conversion : conversions)
         tasks.push_back(
             {conversion.shownInput,
              [&conversion, &options, standardOutput] { return Convert(conversion, options, standardOutput); },
-             files});
-    }
+             FilesOf(conversion)});
     return RunTasks(tasks, options.batch);
 }
 
