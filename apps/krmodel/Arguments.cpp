@@ -7,8 +7,8 @@ namespace krmodel {
 namespace {
 
 // In the order of the help text.
-constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo,   AddCheck,   AddConvert, AddPreview,
-                                                    AddRelief, AddTexture, AddPaths};
+constexpr void (*kAdders[])(CLI::App&, Command&) = {AddInfo,    AddCheck, AddConvert, AddPreview, AddRelief,
+                                                    AddTexture, AddPaths, AddFormats, AddManual};
 
 } // namespace
 

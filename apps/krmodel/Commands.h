@@ -27,4 +27,10 @@ void AddTexture(CLI::App& app, Command& command);
 /// Prints what a path file holds, or draws it.
 void AddPaths(CLI::App& app, Command& command);
 
+/// Prints which formats there are.
+void AddFormats(CLI::App& app, Command& command);
+
+/// Prints the manual page or a shell's completions, for those who pack the program.
+void AddManual(CLI::App& app, Command& command);
+
 } // namespace krmodel

@@ -311,7 +311,8 @@ TEST_F(Krmodel, HelpNamesEveryCommandFormatAndExitCode)
     const ProgramRun run = Run("--help");
     EXPECT_EQ(run.exitCode, Done);
     EXPECT_EQ(run.errors, QString());
-    for (const char* verb : {"info", "check", "convert", "preview", "relief", "texture", "paths"})
+    for (const char* verb :
+         {"info", "check", "convert", "preview", "relief", "texture", "paths", "formats", "manual"})
         EXPECT_TRUE(run.output.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(verb)))) << verb;
     EXPECT_TRUE(run.output.contains(QStringLiteral("\n  STL (.stl): ")));
     for (int code = Done; code <= Stopped; ++code)
