@@ -131,6 +131,8 @@ TEST(Batch, StopsAProcessThatPrintsWithoutEnd)
     EXPECT_EQ(ErrorOf(flood), QStringLiteral("stopped, it prints more than 268,435,456 bytes"));
 }
 
+// The address space of a sanitized program cannot be limited.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 /// Prints the limit on the address space.
 ExitCode PrintMemoryLimit()
 {
@@ -140,7 +142,6 @@ ExitCode PrintMemoryLimit()
     return ExitCode::Done;
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST(Batch, SharesTheMemoryAmongTheTasksAtWork)
 {
     BatchOptions options = InForm(Form::Lines);
