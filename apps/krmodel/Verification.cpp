@@ -167,7 +167,7 @@ std::optional<QString> CompareObject(const Mesh& written, const Mesh& read, Roun
     Surface expected(apex), found(apex);
     expected.Add(written, RoundedVertices(written, rounding));
     found.Add(read, *read.GetVerticesVecPtr());
-    if (const auto difference = expected.FindDifference(found))
+    if (auto difference = expected.FindDifference(found))
         return difference;
     if (!ArePlacedAlike(written, read))
         return QStringLiteral("an object lies in another place");
@@ -184,8 +184,7 @@ std::optional<QString> CompareObjects(const Format& format, const QString& fileN
         return QStringLiteral("it holds %1 objects instead of %2")
             .arg(CountText(qint64(read.meshes.size())), CountText(qint64(written.meshes.size())));
     for (size_t i = 0; i < written.meshes.size(); ++i)
-        if (const auto difference =
-                CompareObject(*written.meshes[i], *read.meshes[i], format.RoundingOf(encoding)))
+        if (auto difference = CompareObject(*written.meshes[i], *read.meshes[i], format.RoundingOf(encoding)))
             return difference;
     if (read.metadata.size() != written.metadata.size())
         return QStringLiteral("metadata are missing");
