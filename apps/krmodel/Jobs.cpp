@@ -44,8 +44,8 @@ void NoteStop(int signal)
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// While it lives, the signals that stop the program are noted, and arrive only while WaitForChildren()
-/// waits: none can slip in between looking and waiting.
+/// While it lives, the signals that stop the program are noted, and arrive only while Children::Wait() waits:
+/// none can slip in between looking and waiting.
 class StopWatch {
 public:
     StopWatch()
@@ -185,10 +185,6 @@ QString DeathText(int signal, const Limits& limits)
     }
 }
 
-constexpr ExitCode kCodesOfJobs[] = {ExitCode::Done,        ExitCode::Usage, ExitCode::CannotOpen,
-                                     ExitCode::NotReadable, ExitCode::Empty, ExitCode::WriteFailed,
-                                     ExitCode::Stopped};
-
 JobEnd EndOf(const Child& child, int status, const Limits& limits)
 {
     if (child.isFlooding)
@@ -197,11 +193,10 @@ JobEnd EndOf(const Child& child, int status, const Limits& limits)
                 QStringLiteral("stopped, it prints more than %1 bytes").arg(CountText(kMostOutput))};
     if (!WIFEXITED(status))
         return {ExitCode::Stopped, child.output, DeathText(WTERMSIG(status), limits)};
-    for (const ExitCode code : kCodesOfJobs)
-        if (int(code) == WEXITSTATUS(status))
-            return {code, child.output, {}};
-    return {ExitCode::Stopped, child.output,
-            QStringLiteral("stopped, its process ended with %1").arg(WEXITSTATUS(status))};
+    const int code = WEXITSTATUS(status);
+    if (code <= int(ExitCode::Stopped))
+        return {ExitCode(code), child.output, {}};
+    return {ExitCode::Stopped, child.output, QStringLiteral("stopped, its process ended with %1").arg(code)};
 }
 
 int WaitFor(pid_t process)
