@@ -96,11 +96,15 @@ ExitCode RunTasks(const std::vector<Task>& tasks, const BatchOptions& options)
         const JobEnd end = WithAWord(asEnded, options.form);
         printer.Take(tasks[index], end);
         firstFailure = firstFailure == ExitCode::Done ? end.code : firstFailure;
+        // At once: what a full disk has of it is room for the next one.
+        Discard(tasks[index]);
     };
     const bool isThrough = RunJobs(JobsOf(tasks, options.form), options.atOnce, LimitsOfOne(options), onEnd);
+    if (isThrough)
+        return firstFailure;
     for (const Task& task : tasks)
         Discard(task);
-    return isThrough ? firstFailure : ExitCode::Interrupted;
+    return ExitCode::Interrupted;
 }
 
 } // namespace krmodel
