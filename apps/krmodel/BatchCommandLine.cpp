@@ -28,16 +28,6 @@ size_t AllCores()
 
 } // namespace
 
-CLI::Option* AddInputs(CLI::App& verb, QStringList& inputs)
-{
-    const auto take = [&inputs](const std::vector<std::string>& fileNames) {
-        for (const std::string& fileName : fileNames)
-            inputs << QString::fromStdString(fileName);
-    };
-    return verb.add_option_function<std::vector<std::string>>("FILE", take, "model files to read")
-        ->required();
-}
-
 void AddLimits(CLI::App& verb, BatchOptions& options)
 {
     constexpr NumberOption::Kind kWhole = NumberOption::Kind::Whole;

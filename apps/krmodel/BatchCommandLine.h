@@ -1,15 +1,10 @@
 #pragma once
 
-#include <QStringList>
-
 #include "apps/krmodel/Batch.h"
 #include "apps/krmodel/CommandLine.h"
 
 /// Options of commands that read files.
 namespace krmodel {
-
-/// Adds one or more names.
-CLI::Option* AddInputs(CLI::App& verb, QStringList& inputs);
 
 /// Adds --max-memory, --max-time and --max-output.
 void AddLimits(CLI::App& verb, BatchOptions& options);

@@ -1,19 +1,16 @@
 #include <algorithm>
-#include <cstdio>
-#include <memory>
 
 #include <QFile>
 
-#include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Json.h"
 #include "apps/krmodel/Loss.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
-#include "apps/krmodel/ModelFile.h"
 #include "apps/krmodel/ObjectTable.h"
 #include "apps/krmodel/Picture.h"
 #include "apps/krmodel/Placement.h"
+#include "apps/krmodel/ReportCommand.h"
 #include "apps/krmodel/TextTable.h"
 #include "apps/krmodel/Texts.h"
 
@@ -173,42 +170,18 @@ QByteArray JsonText(const QString& fileName, LoadedModel& loaded)
     return JsonLine(fileName, Merged(description, DescribeSurface(Measure(loaded.model))));
 }
 
-struct Options {
-    QStringList inputs;
-    ReadOptions reading;
-    BatchOptions batch;
-};
-
-ExitCode Inform(const QString& fileName, const Options& options)
+QByteArray Inform(const QString& fileName, LoadedModel& loaded, Form form)
 {
-    LoadedModel loaded = LoadModel(fileName, options.reading);
-    const QByteArray report =
-        options.batch.form == Form::Json ? JsonText(fileName, loaded) : Text(fileName, loaded);
-    std::fwrite(report.constData(), 1, size_t(report.size()), stdout);
-    return ExitCode::Done;
-}
-
-ExitCode RunInfo(const Options& options)
-{
-    std::vector<Task> tasks;
-    for (const QString& fileName : options.inputs)
-        tasks.push_back({fileName, [&] { return Inform(fileName, options); }, {}});
-    return RunTasks(tasks, options.batch);
+    return form == Form::Json ? JsonText(fileName, loaded) : Text(fileName, loaded);
 }
 
 } // namespace
 
 void AddInfo(CLI::App& app, Command& command)
 {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb = AddVerb(
-        app, "info", "Print what model files hold: size, bounds, volume, open edges, objects, materials",
-        command, [options] { return RunInfo(*options); });
-    AddInputs(*verb, options->inputs);
-    AddReading(*verb, options->reading);
-    AddJson(*verb, options->batch);
-    AddJobs(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddReport(app, "info",
+              "Print what model files hold: size, bounds, volume, open edges, objects, materials",
+              Form::Tables, Inform, command);
 }
 
 } // namespace krmodel
