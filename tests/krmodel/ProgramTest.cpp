@@ -41,13 +41,13 @@ TEST_F(Krmodel, InfoPrintsWhatABinaryFileHolds)
     EXPECT_TRUE(Matches(Cell(run, "peak memory"), "^\\d+\\.\\d MiB$"));
 }
 
-TEST_F(Krmodel, ReadmeShowsWhatIsPrintedOfTheSamples)
+TEST_F(Krmodel, ItsPageShowsWhatIsPrintedOfTheSamples)
 {
-    QFile file(QStringLiteral(KRCORE_SOURCES "/README.md"));
+    QFile file(QStringLiteral(KRCORE_SOURCES "/docs/krmodel.md"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     // Times and memory differ from run to run.
     const QRegularExpression varying(QStringLiteral("  (read in|peak memory) .*\n"));
-    const QString readme = QString::fromUtf8(file.readAll()).remove(varying);
+    const QString page = QString::fromUtf8(file.readAll()).remove(varying);
     const struct {
         const char* arguments;
         int lineCount;
@@ -60,7 +60,7 @@ TEST_F(Krmodel, ReadmeShowsWhatIsPrintedOfTheSamples)
         const ProgramRun run =
             RunProgram(QStringLiteral(KRMODEL_PROGRAM), Words(arguments), QStringLiteral(KRCORE_SOURCES));
         const QString shown = QString(run.output).remove(varying);
-        EXPECT_TRUE(readme.contains(QStringLiteral("$ krmodel %1\n").arg(QLatin1String(arguments)) + shown))
+        EXPECT_TRUE(page.contains(QStringLiteral("$ krmodel %1\n").arg(QLatin1String(arguments)) + shown))
             << shown.toStdString();
         EXPECT_EQ(shown.count(QLatin1Char('\n')), lineCount);
     }
