@@ -9,6 +9,7 @@
 /// Triangle helpers on Eigen's fixed 3 x 1 column vector of floats. Safe from any thread.
 namespace EigenVecFunc3f {
 
+/// The three corners of a triangle, in winding order.
 using Corners = std::array<Eigen::Vector3f, 3>;
 
 /// The same point as an Eigen vector, bit for bit.

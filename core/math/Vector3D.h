@@ -9,13 +9,20 @@
 /// std::vector of them is a packed array of triples that may be copied to and from files as raw bytes.
 template<class T>
 struct Vector3D {
+    /// @{
+    /// All 0 at first.
     T x = T(0);
     T y = T(0);
     T z = T(0);
+    /// @}
 
+    /// @{
+    /// From its numbers, or of zeros.
     constexpr Vector3D() = default;
     constexpr Vector3D(T xValue, T yValue, T zValue) : x(xValue), y(yValue), z(zValue) {}
+    /// @}
 
+    /// Adds @p other number by number.
     constexpr Vector3D& operator+=(const Vector3D& other)
     {
         x += other.x;
@@ -24,12 +31,14 @@ struct Vector3D {
         return *this;
     }
 
+    /// @{
     /// Equality of numbers: -0 equals 0, a NaN equals nothing.
     friend constexpr bool operator==(const Vector3D& a, const Vector3D& b)
     {
         return a.x == b.x && a.y == b.y && a.z == b.z;
     }
     friend constexpr bool operator!=(const Vector3D& a, const Vector3D& b) { return !(a == b); }
+    /// @}
 
     /// Writes the unit normal of the triangle a, b, c into @p out: (b - a) x (c - a) normalised, right-handed
     /// in that order. Worked out in double precision and rounded once, so that facets of any size in range of

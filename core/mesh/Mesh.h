@@ -15,9 +15,9 @@
 
 /// The smallest box, parallel to the axes, around a mesh's vertices.
 struct MeshBoundingBox {
-    Vector3D<float> minimum;
-    Vector3D<float> maximum;
-    bool isEmpty = true; ///< no finite vertex; both corners are then (0, 0, 0)
+    Vector3D<float> minimum; ///< the corner of the least coordinates
+    Vector3D<float> maximum; ///< the corner of the greatest coordinates
+    bool isEmpty = true;     ///< no finite vertex; both corners are then (0, 0, 0)
 };
 
 /// One triangle mesh: the lists that readers fill and writers walk, with the identity data of its object.
@@ -38,6 +38,7 @@ public:
     ///     readers pass 0.03 and never set that switch
     explicit Mesh(float mergeDistanceMm);
 
+    /// @{
     /// The lists, to be filled or read in place. The pointers stay valid as long as the mesh and are never
     /// null. Texture faces index the texture coordinates and stand beside the faces one for one; nothing
     /// checks them.
@@ -49,11 +50,16 @@ public:
     const std::vector<Vector2D<float>>* GetTexCoordVecPtr() const { return &m_texCoords; }
     std::vector<TriangleFace>* GetTextureFacesVecPtr() { return &m_textureFaces; }
     const std::vector<TriangleFace>* GetTextureFacesVecPtr() const { return &m_textureFaces; }
+    /// @}
 
+    /// @{
+    /// The counts, as last set or as the last finalisation took them from the lists; setting them changes no
+    /// list.
     void SetFaceNum(int count) { m_faceCount = count; }
     int GetFaceNum() const { return m_faceCount; }
     void SetVertexNum(int count) { m_vertexCount = count; }
     int GetVertexNum() const { return m_vertexCount; }
+    /// @}
 
     /// Appends vertices and faces, the indices as given, and sets both counts to the lists' sizes.
     void AddVertexAndFaces(const std::vector<Vector3D<float>>& vertices,
@@ -113,9 +119,11 @@ public:
     /// a mesh without faces.
     // Spelling is part of the interface.
     double CalcuateVolume() const;
+    /// @{
+    /// The volume last stored; 0 before. Readers store what CalcuateVolume() gives.
     void SetVolume(double volume) { m_volume = volume; }
-    /// The volume last stored; 0 before.
     double GetVolume() const { return m_volume; }
+    /// @}
 
     /// Unit normals, one a face; (0, 0, 0) for a face without area. Empty unless the last finalisation was
     /// asked to provide normals. Computed at the first request after it, from the lists as they are then; any
@@ -133,16 +141,29 @@ public:
     /// The box around all finite vertices of the vertex list, computed anew at each call.
     MeshBoundingBox GetBoundingBox() const;
 
-    void SetTransformMatrix(const Matrix4<double>& transform) { m_transform = transform; }
+    /// @{
     /// The placement of the mesh; the lists are not moved by it.
+    void SetTransformMatrix(const Matrix4<double>& transform) { m_transform = transform; }
     Matrix4<double> GetTransformMatrix() const { return m_transform; }
+    /// @}
+
+    /// @{
+    /// Id of the object in its 3MF package; -1 when it has none.
     void SetObjectID(int id) { m_objectId = id; }
     int GetObjectID() const { return m_objectId; }
-    void SetComponentsId(int id) { m_componentsId = id; }
+    /// @}
+
+    /// @{
     /// Id of the components object that the mesh belongs to; -1 when it belongs to none.
+    void SetComponentsId(int id) { m_componentsId = id; }
     int GetComponentsId() const { return m_componentsId; }
+    /// @}
+
+    /// @{
+    /// Name of the object in its 3MF package or CAD file; empty when it has none.
     void SetObjectName(const QString& name) { m_objectName = name; }
     QString GetObjectName() const { return m_objectName; }
+    /// @}
 
 private:
     void TakeCounts();

@@ -17,5 +17,5 @@ struct MeshMaterialParameters {
     int wrapT = Repeat; ///< along v
     /// r, g, b, a, each 0..1; transparent black shows the surface itself.
     Vector4D<float> borderColor;
-    MeshMaterialMatrix matrix;
+    MeshMaterialMatrix matrix; ///< where on the surface the picture lies
 };

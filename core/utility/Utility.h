@@ -61,12 +61,14 @@ public:
     /// judged by its permissions: opening it could wait for the other end.
     [[nodiscard]] static bool TestFileReadable(const QString& path);
 
+    /// @{
     /// The current local date or time in a pattern of QDate::toString() or QTime::toString(), with ASCII
     /// digits and English names in every locale. Letters that mean nothing in the one kind of pattern stand
     /// for themselves.
     /// @param pattern  UTF-8, as is the result
     static std::string FormatDateString(const std::string& pattern);
     static std::string FormatTimeString(const std::string& pattern);
+    /// @}
 
     /// Reads the object that is the JSON document in the file @p path. A byte-order mark is passed over, and
     /// of equal keys the last counts.

@@ -40,27 +40,30 @@ public:
         Vector3D<float> position;  ///< part of the translation, see SaveFile()
         Vector3D<float> offset;    ///< the same
         Matrix4<double> transform; ///< rotation and scale; its translation is not used
-        QString name;
+        QString name;              ///< of the object
     };
 
     /// A group of display colours.
     struct BaseMaterial {
         int id = -1;                 ///< below 0: there is no group
-        std::vector<QString> colors; ///< #RRGGBB or #RRGGBBAA as a rule; neither read nor checked
+        std::vector<QString> colors; ///< `#RRGGBB` or `#RRGGBBAA` as a rule; neither read nor checked
     };
 
     /// A picture of the package that serves as a texture.
     struct Texture {
-        int id = -1;
+        int id = -1; ///< below 0: there is no texture
+        /// @{
+        /// What lies beyond the picture: "wrap", "mirror", "clamp" or "none".
         QString tileStyleU = QStringLiteral("wrap");
         QString tileStyleV = QStringLiteral("wrap");
-        QString path; ///< in the package
-        QString contentType = QStringLiteral("image/png");
+        /// @}
+        QString path;                                      ///< in the package
+        QString contentType = QStringLiteral("image/png"); ///< of the picture
     };
 
     /// A list of texture coordinates.
     struct TextureGroup {
-        int id = -1;
+        int id = -1;     ///< of the group
         Texture texture; ///< the one that the group names; id -1 if there is none
         std::vector<std::pair<double, double>> coords; ///< u and v
     };
@@ -140,25 +143,39 @@ public:
     [[nodiscard]] bool SaveFile(const QString& fileName, const std::vector<ModelObjectInfo>& objects,
                                 Vector3D<float> offset);
 
+    /// @{
     /// The meshes in the order in which they were read. They belong to the host.
     std::vector<Mesh*> GetObjects() const { return m_objects; }
     void SetObjects(const std::vector<Mesh*>& objects) { m_objects = objects; }
+    /// @}
 
+    /// @{
+    /// The unit of length as the package spells it.
     QString GetUnit() const { return m_unit; }
     void SetUnit(const QString& unit) { m_unit = unit; }
+    /// @}
+
+    /// @{
     /// The length of a unit in millimetres: of "micron", "millimeter", "centimeter", "inch", "foot" and
     /// "meter", spelt so; 1 for all others. Coordinates are never scaled by this class.
     static double GetUnitScale(const QString& unit);
     double GetUnitScale() const { return GetUnitScale(m_unit); }
+    /// @}
 
+    /// @{
+    /// The package's colours: of several groups the colours of all, and the last one's id.
     BaseMaterial GetMaterial() const { return m_material; }
     void SetMaterial(const BaseMaterial& material) { m_material = material; }
+    /// @}
 
+    /// @{
     /// The metadata of the model by their names.
     QMap<QString, QString> GetDescription() const { return m_description; }
     void SetDescription(const QMap<QString, QString>& description) { m_description = description; }
     void AddDescription(const QString& name, const QString& value) { m_description.insert(name, value); }
+    /// @}
 
+    /// @{
     /// The thumbnail: its file as it is, and its name in the package.
     QByteArray GetImage(QString& name) const
     {
@@ -170,18 +187,23 @@ public:
         m_imageData = data;
         m_imageName = name;
     }
+    /// @}
 
+    /// @{
     /// Loading fills neither textures nor their images.
     std::vector<Texture> GetTextures() const { return m_textures; }
     std::vector<TextureGroup> GetTextureGroups() const { return m_textureGroups; }
     const QMap<QString, QByteArray>& GetTextureImages() const { return m_textureImages; }
+    /// @}
 
     /// What ReadComponentsformId() entered: object ids by components id.
     const QMap<int, std::vector<int>>& GetComponentMembers() const { return m_componentMembers; }
 
+    /// @{
     /// What LoadContentType() found; null before.
     QString GetModelExtension() const { return m_modelExtension; }
     QString GetRelsExtension() const { return m_relsExtension; }
+    /// @}
 
     /// A transform as 3MF writes it: numbers apart by blanks, three for each column of the matrix, the
     /// translation last. Missing ones are those of the identity, surplus ones are passed over; what is no

@@ -88,6 +88,7 @@ public:
     [[nodiscard]] static bool LoadMTLFile(const QString& fileName, std::vector<MeshMaterialInfo>& materials,
                                           int textureLoadOption);
 
+    /// @{
     /// Writes meshes into one OBJ file as one group "Mesh1", replacing the file. Vertices are written as the
     /// mesh holds them, without its transform, with six fixed decimals. Only what faces use is written, once
     /// each, in the order in which they first use it, so the numbers in the file are not those of the mesh. A
@@ -103,10 +104,13 @@ public:
     ///         bytes for each vertex and each texture coordinate of the meshes
     [[nodiscard]] static bool SaveFile(const QString& fileName, const std::vector<const Mesh*>& meshes,
                                        const std::vector<bool>& textureFlags, bool withNormals);
-    [[nodiscard]] static bool SaveFile(const QString& fileName, const Mesh& mesh, bool textured,
-                                       bool withNormals);
     [[nodiscard]] static bool SaveFile(const QString& fileName, const std::vector<Mesh*>& meshes,
                                        const std::vector<bool>& textureFlags, bool withNormals);
+    /// @}
+
+    /// The same for one mesh, with its flag.
+    [[nodiscard]] static bool SaveFile(const QString& fileName, const Mesh& mesh, bool textured,
+                                       bool withNormals);
 
     /// Writes the body of such a file, from the first "v" line on, where @p stream stands. Coordinates take
     /// the stream's own notation and precision; indices are decimal whatever the stream's settings.

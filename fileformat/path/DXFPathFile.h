@@ -28,6 +28,7 @@ class QByteArray;
 ///             x, y for each point
 class KRCORE_FILEFORMAT_EXPORT DXFPathFile {
 public:
+    /// A polyline, closed when its last point is its first one.
     using Contour = std::vector<Vector2D<double>>;
     /// The contours of each set by its id.
     using Paths = std::map<int, std::vector<Contour>>;

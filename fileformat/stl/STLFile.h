@@ -73,8 +73,8 @@ public:
 
     /// Searches onward from the file's position for the word "solid" in any case, byte by byte. White space
     /// empties the probe; any other byte is appended to it, and the probe keeps its latest @p probeSize
-    /// bytes. The search gives up after more than 10,240 bytes that are not white space (blank, \t, \n, \v,
-    /// \f, \r).
+    /// bytes. The search gives up after more than 10,240 bytes that are not white space (blank, tab, line
+    /// feed, vertical tab, form feed, carriage return).
     /// @param probe  bytes before the position, then the latest bytes read: the word itself when found
     /// @return 1 found, the file stands behind it; 2 end of file or of the search; 0 a read failed
     static int skipWhiteSpace(QFile& file, QByteArray& probe, int probeSize);
@@ -85,6 +85,7 @@ public:
     /// @param bufferSize  bytes of the buffer; nothing is read or written when it is below 1
     static void getNextToken(QFile& file, char* buffer, int bufferSize);
 
+    /// @{
     /// Writes meshes into one STL file, replacing it: text with a solid "model" for each mesh, or binary with
     /// one header, one count and all facets in order. Vertices are written as the mesh holds them, without
     /// its transform; normals follow the corners' winding and are (0, 0, 0) for a facet without area.
@@ -99,10 +100,13 @@ public:
     [[nodiscard]] static bool SaveFile(const QString& fileName, const Mesh& mesh, bool ascii, int headerSize);
     [[nodiscard]] static bool SaveFile(const QString& fileName, const std::vector<Mesh*>& meshes, bool ascii,
                                        int headerSize);
+    /// @}
+
     /// The same for a triangle soup, three corners a facet; an incomplete last triple is left out.
     [[nodiscard]] static bool SaveFile(const QString& fileName, const std::vector<Vector3D<float>>& corners,
                                        bool ascii, int headerSize);
 
+    /// @{
     /// Write the facets of one mesh, or one facet, where the stream or file stands; numbers in text take the
     /// stream's own notation and precision. Exceptions as SaveFile.
     /// @return true
@@ -112,4 +116,5 @@ public:
     static bool WriteMeshBinary(QFile& file, const Mesh& mesh);
     static bool WriteFaceBinary(QFile& file, const Vector3D<float>& a, const Vector3D<float>& b,
                                 const Vector3D<float>& c, quint16 attribute);
+    /// @}
 };

@@ -56,10 +56,12 @@ public:
     ///         pixels a side or 1 GiB of pixels
     [[nodiscard]] bool getTextureInfo(MeshTextureInfo& info, int longestSide) const;
 
-    QString getTextureName() const { return m_textureName; }
+    QString getTextureName() const { return m_textureName; } ///< without blanks around it once it was read
+    /// The identifier, as initPatternID() made it or as it was read.
     const QString& GetPatternID() const { return m_patternID; }
     /// QImage::Format_RGB32, or null.
     const QImage& GetImage() const { return m_image; }
+    /// How the picture is laid on a surface.
     const MeshMaterialParameters& GetParameters() const { return m_parameters; }
 
     /// Back to the state of a new object: no name, no identifier, no picture, default parameters.
@@ -82,6 +84,7 @@ public:
     /// text is empty.
     void GetSaveObject(QJsonObject& object) const;
 
+    /// @{
     /// Read a texture from a file, from its bytes, or from its JSON object. Reset() comes first.
     ///
     /// Keys are told by their exact letters, others are passed over. A value of another type than expected
@@ -104,6 +107,7 @@ public:
     [[nodiscard]] bool LoadFile(const QString& path);
     [[nodiscard]] bool LoadFromJsonBuffer(const QByteArray& buffer);
     [[nodiscard]] bool LoadFromJsonObject(const QJsonObject& object);
+    /// @}
 
 private:
     void ReadFields(const QJsonObject& object);

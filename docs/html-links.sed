@@ -1,0 +1,3 @@
+# Pages name files by where they lie in the tree, so that they can be followed there; the HTML pages lie in one place.
+s,](\(\.\./\)*examples/,](examples/,g
+s,\[`\([^`]*\)`\](\(\.\./\)*\(core\|fileformat\)/[a-z0-9/]*/\([A-Za-z0-9]*\)\.h),[\1](@ref \4),g
