@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -125,11 +126,38 @@ void SetLimits(const Limits& limits)
     setrlimit(RLIMIT_CORE, &none);
 }
 
+/// Both ends are closed in the end, the child's one as soon as the child has it.
+class Pipe {
+public:
+    Pipe()
+    {
+        if (pipe2(m_ends, O_CLOEXEC) != 0)
+            ThrowSystemError("no pipe to a child process");
+    }
+    ~Pipe()
+    {
+        for (const int end : m_ends)
+            if (end >= 0)
+                close(end);
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int GetWriteEnd() const { return m_ends[1]; }
+    /// It is the caller's from then on.
+    int TakeReadEnd() { return std::exchange(m_ends[0], -1); }
+
+private:
+    int m_ends[2] = {-1, -1};
+};
+
 struct Child {
     size_t index = 0; ///< of the job
     pid_t process = 0;
     int pipe = -1;
+    int errorPipe = -1; ///< none when nobody looks on, and once it has come to its end
     QByteArray output;
+    QByteArray errors;       ///< the begin of a line
     bool isFlooding = false; ///< it was killed for printing too much
 };
 
@@ -137,11 +165,13 @@ struct Child {
 constexpr qint64 kMostOutput = qint64(256) << 20;
 
 /// The end of the child: never returns into the program that was copied.
-[[noreturn]] void LiveAsChild(const Job& job, const Limits& limits, int pipe, pid_t parent)
+/// @param errorPipe  -1: standard error stays
+[[noreturn]] void LiveAsChild(const Job& job, const Limits& limits, int pipe, int errorPipe, pid_t parent)
 {
     // Nobody would take the result.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent || dup2(pipe, STDOUT_FILENO) < 0)
+    if (getppid() != parent || dup2(pipe, STDOUT_FILENO) < 0 ||
+        (errorPipe >= 0 && dup2(errorPipe, STDERR_FILENO) < 0))
         _exit(int(ExitCode::Stopped));
     SetLimits(limits);
     const ExitCode code = Guard(job);
@@ -149,25 +179,23 @@ constexpr qint64 kMostOutput = qint64(256) << 20;
     std::exit(int(code));
 }
 
-Child Begin(size_t index, const Job& job, const Limits& limits, const StopWatch& watch)
+Child Begin(size_t index, const Job& job, const Limits& limits, const StopWatch& watch, bool takesErrors)
 {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        ThrowSystemError("no pipe to a child process");
+    Pipe output;
+    std::optional<Pipe> errors;
+    if (takesErrors)
+        errors.emplace();
     // What waits in a buffer would be printed twice.
     std::fflush(nullptr);
     const pid_t parent = getpid();
     const pid_t process = fork();
     if (process == 0) {
         watch.Restore();
-        LiveAsChild(job, limits, ends[1], parent);
+        LiveAsChild(job, limits, output.GetWriteEnd(), errors ? errors->GetWriteEnd() : -1, parent);
     }
-    close(ends[1]);
-    if (process < 0) {
-        close(ends[0]);
+    if (process < 0)
         ThrowSystemError("no child process");
-    }
-    return {index, process, ends[0], {}};
+    return {index, process, output.TakeReadEnd(), errors ? errors->TakeReadEnd() : -1, {}, {}};
 }
 
 QString DeathText(int signal, const Limits& limits)
@@ -207,54 +235,104 @@ int WaitFor(pid_t process)
     return status;
 }
 
+/// What is there to be read from a pipe, up to 64 KiB; nothing at its end.
+std::optional<QByteArray> ReadFrom(int pipe)
+{
+    char bytes[1 << 16];
+    const ssize_t count = read(pipe, bytes, sizeof bytes);
+    if (count < 0 && errno == EINTR)
+        return QByteArray();
+    return count > 0 ? std::make_optional(QByteArray(bytes, int(count))) : std::nullopt;
+}
+
 /// The children at work.
 class Children {
 public:
-    Children(const Limits& limits, const StopWatch& watch) : m_limits(limits), m_watch(watch) {}
+    Children(const Limits& limits, const StopWatch& watch, const Onlooker* onlooker)
+        : m_limits(limits), m_watch(watch), m_onlooker(onlooker)
+    {}
     ~Children() { Kill(); }
     Children(const Children&) = delete;
     Children& operator=(const Children&) = delete;
 
     size_t GetCount() const { return m_children.size(); }
-    void Add(size_t index, const Job& job) { m_children.push_back(Begin(index, job, m_limits, m_watch)); }
+    void Add(size_t index, const Job& job)
+    {
+        m_children.push_back(Begin(index, job, m_limits, m_watch, m_onlooker != nullptr));
+    }
 
-    /// Waits until a child says something or ends, or the program is told to stop.
+    /// Waits until a child says something or ends, the onlooker wants to look, or the program is told to
+    /// stop.
     /// @param onEnd  gets index and end of each child that ended
     template<class OnEnd>
     void Wait(const OnEnd& onEnd)
     {
+        constexpr timespec kBetweenLooks = {0, 100'000'000};
+        const size_t count = m_children.size();
         std::vector<pollfd> pipes;
         for (const Child& child : m_children)
             pipes.push_back({child.pipe, POLLIN, 0});
-        if (ppoll(pipes.data(), pipes.size(), nullptr, &m_watch.GetMask()) < 0)
+        for (const Child& child : m_children)
+            pipes.push_back({child.errorPipe, POLLIN, 0}); // passed over when below 0
+        if (ppoll(pipes.data(), pipes.size(), m_onlooker ? &kBetweenLooks : nullptr, &m_watch.GetMask()) < 0)
             return;
-        for (size_t i = pipes.size(); i-- > 0;)
+        for (size_t i = count; i-- > 0;) {
+            if (pipes[count + i].revents != 0)
+                TakeErrors(m_children[i]);
             if (pipes[i].revents != 0 && !Take(m_children[i]))
                 Bury(i, onEnd);
+        }
+    }
+
+    void LetLook(size_t begunCount) const
+    {
+        if (!m_onlooker)
+            return;
+        std::vector<JobAtWork> atWork;
+        for (const Child& child : m_children)
+            atWork.push_back({child.index, child.process});
+        m_onlooker->look(atWork, begunCount - atWork.size());
     }
 
 private:
     /// @return false when the child's output has come to its end
     static bool Take(Child& child)
     {
-        char bytes[1 << 16];
-        const ssize_t count = read(child.pipe, bytes, sizeof bytes);
-        if (child.output.size() + count > kMostOutput) {
-            child.isFlooding = true;
-            kill(child.process, SIGKILL);
+        const std::optional<QByteArray> bytes = ReadFrom(child.pipe);
+        if (!bytes)
             return false;
-        }
-        if (count > 0)
-            child.output.append(bytes, int(count));
-        return count > 0 || (count < 0 && errno == EINTR);
+        child.isFlooding = child.output.size() + bytes->size() > kMostOutput;
+        if (child.isFlooding)
+            kill(child.process, SIGKILL);
+        else
+            child.output.append(*bytes);
+        return !child.isFlooding;
+    }
+
+    /// Two children's lines must not mix, so what is no whole line yet waits.
+    /// @return false when there will be no more
+    bool TakeErrors(Child& child) const
+    {
+        const std::optional<QByteArray> bytes = ReadFrom(child.errorPipe);
+        child.errors += bytes.value_or(QByteArray());
+        const int whole = bytes ? child.errors.lastIndexOf('\n') + 1 : child.errors.size();
+        if (whole > 0)
+            m_onlooker->takeErrors(child.errors.left(whole));
+        child.errors.remove(0, whole);
+        if (!bytes)
+            close(std::exchange(child.errorPipe, -1));
+        return bytes.has_value();
     }
 
     template<class OnEnd>
     void Bury(size_t i, const OnEnd& onEnd)
     {
-        const Child child = m_children[i];
+        Child child = m_children[i];
         m_children.erase(m_children.begin() + std::ptrdiff_t(i));
         close(child.pipe);
+        // What it told of its end comes before its end.
+        while (child.errorPipe >= 0 && TakeErrors(child)) {
+        }
         onEnd(child.index, EndOf(child, WaitFor(child.process), m_limits));
     }
 
@@ -263,13 +341,16 @@ private:
         for (const Child& child : m_children)
             kill(child.process, SIGKILL);
         for (const Child& child : m_children) {
-            close(child.pipe);
+            for (const int pipe : {child.pipe, child.errorPipe})
+                if (pipe >= 0)
+                    close(pipe);
             WaitFor(child.process);
         }
     }
 
     const Limits& m_limits;
     const StopWatch& m_watch;
+    const Onlooker* m_onlooker;
     std::vector<Child> m_children;
 };
 
@@ -284,10 +365,10 @@ Limits UsualLimits()
 }
 
 bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,
-             const std::function<void(size_t index, const JobEnd& end)>& onEnd)
+             const std::function<void(size_t index, const JobEnd& end)>& onEnd, const Onlooker* onlooker)
 {
     const StopWatch watch;
-    Children children(limits, watch);
+    Children children(limits, watch, onlooker);
     std::map<size_t, JobEnd> ended; // out of order
     size_t begun = 0, told = 0;
     while (told < jobs.size() && !StopWatch::IsStopped()) {
@@ -301,6 +382,7 @@ bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,
             onEnd(told++, next->second);
             ended.erase(next);
         }
+        children.LetLook(begun);
     }
     return told == jobs.size();
 }

@@ -3,6 +3,8 @@
 #include <functional>
 #include <vector>
 
+#include <sys/types.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -31,15 +33,31 @@ struct JobEnd {
 /// it prints, and the files that it writes.
 using Job = std::function<ExitCode()>;
 
+/// A job whose process is at work.
+struct JobAtWork {
+    size_t index = 0;
+    pid_t process = 0;
+};
+
+/// Looks on while jobs are at work.
+struct Onlooker {
+    /// Called several times a second. The job that began first is the first one.
+    std::function<void(const std::vector<JobAtWork>& atWork, size_t endedCount)> look;
+    /// Gets what jobs print on standard error, in whole lines, which comes here instead.
+    std::function<void(const QByteArray& lines)> takeErrors;
+};
+
 /// Carries out jobs in child processes, up to @p atOnce at a time. Call it from the only thread.
 ///
 /// The children are silent on standard output; what they print there comes with their end. Standard error is
-/// theirs too. When the program is told to stop (by interrupt, termination or hang-up), all children are
-/// killed, no further job begins, and further signals of these kinds are ignored from then on: the program
-/// has nothing left to do but clear up and end.
+/// theirs too, unless somebody looks on. When the program is told to stop (by interrupt, termination or
+/// hang-up), all children are killed, no further job begins, and further signals of these kinds are ignored
+/// from then on: the program has nothing left to do but clear up and end.
 /// @param onEnd  gets the index and the end of each job, in the order of the jobs
+/// @param onlooker  null: nobody looks on
 /// @return false when the program was told to stop; jobs without an end get none then
 bool RunJobs(const std::vector<Job>& jobs, size_t atOnce, const Limits& limits,
-             const std::function<void(size_t index, const JobEnd& end)>& onEnd);
+             const std::function<void(size_t index, const JobEnd& end)>& onEnd,
+             const Onlooker* onlooker = nullptr);
 
 } // namespace krmodel

@@ -1,5 +1,6 @@
 #include "apps/krmodel/Jobs.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -16,8 +17,10 @@ namespace {
 
 using krmodel::ExitCode;
 using krmodel::Job;
+using krmodel::JobAtWork;
 using krmodel::JobEnd;
 using krmodel::Limits;
+using krmodel::Onlooker;
 using krmodel::RunJobs;
 
 constexpr size_t kOneAtATime = 1;
@@ -245,6 +248,50 @@ TEST(Jobs, PutBackHowSignalsWereHandled)
     std::signal(SIGTERM, SIG_IGN);
     RunOne(Print(""));
     EXPECT_EQ(std::signal(SIGTERM, SIG_DFL), SIG_IGN);
+}
+
+TEST(Jobs, AreSilentOnStandardErrorWhileSomebodyLooksOn)
+{
+    QByteArray errors;
+    std::vector<pid_t> seen;
+    const Onlooker onlooker = {[&](const std::vector<JobAtWork>& atWork, size_t) {
+                                   for (const JobAtWork& job : atWork)
+                                       seen.push_back(job.process);
+                               },
+                               [&](const QByteArray& lines) { errors += lines + '|'; }};
+    const Job tell = [] {
+        std::fputs("a\nb", stderr);
+        usleep(500'000);
+        std::fputs("c\nd", stderr);
+        return ExitCode::Done;
+    };
+    ::testing::internal::CaptureStderr();
+    QByteArray errorsAtEnd;
+    EXPECT_TRUE(RunJobs(
+        {tell}, 1, {}, [&](size_t, const JobEnd&) { errorsAtEnd = errors; }, &onlooker));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(errorsAtEnd, "a\n|bc\n|d|");
+    EXPECT_EQ(errors, errorsAtEnd);
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), seen[0]), std::ptrdiff_t(seen.size()));
+}
+
+TEST(Jobs, AreCountedForWhoLooksOn)
+{
+    size_t mostAtWork = 0, mostEnded = 0;
+    const Onlooker onlooker = {[&](const std::vector<JobAtWork>& atWork, size_t endedCount) {
+                                   mostAtWork = std::max(mostAtWork, atWork.size());
+                                   mostEnded = std::max(mostEnded, endedCount);
+                               },
+                               [](const QByteArray&) {}};
+    const Job slow = [] {
+        usleep(300'000);
+        return ExitCode::Done;
+    };
+    EXPECT_TRUE(RunJobs(
+        {slow, slow, slow}, 2, {}, [](size_t, const JobEnd&) {}, &onlooker));
+    EXPECT_EQ(mostAtWork, 2U);
+    EXPECT_EQ(mostEnded, 3U);
 }
 
 TEST(Jobs, OfNoNumberAreThrough)
