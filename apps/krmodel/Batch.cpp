@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 #include "apps/krmodel/Guard.h"
 #include "apps/krmodel/Json.h"
+#include "apps/krmodel/Progress.h"
 
 namespace krmodel {
 
@@ -35,11 +38,37 @@ ExitCode WorkWithJson(const Task& task)
     return code;
 }
 
-std::vector<Job> JobsOf(const std::vector<Task>& tasks, Form form)
+/// A terminal where progress is shown, or none.
+using MaybeProgress = std::optional<Progress>;
+
+void BeginProgress(const std::vector<Task>& tasks, const BatchOptions& options, MaybeProgress& progress)
+{
+    if (options.isQuiet || !TerminalLine::IsThere())
+        return;
+    std::vector<QString> inputs;
+    for (const Task& task : tasks)
+        inputs.push_back(task.input);
+    progress.emplace(std::move(inputs));
+}
+
+Onlooker OnlookerOf(Progress& progress)
+{
+    return {[&progress](const auto& atWork, size_t endedCount) { progress.Look(atWork, endedCount); },
+            [&progress](const QByteArray& lines) {
+                progress.Erase();
+                std::fwrite(lines.constData(), 1, size_t(lines.size()), stderr);
+            }};
+}
+
+std::vector<Job> JobsOf(const std::vector<Task>& tasks, Form form, const MaybeProgress& progress)
 {
     std::vector<Job> jobs;
     for (const Task& task : tasks)
-        jobs.push_back(form == Form::Json ? [&task] { return WorkWithJson(task); } : task.work);
+        jobs.push_back([&task, &progress, form, index = jobs.size()] {
+            if (progress)
+                progress->BeginJob(index);
+            return form == Form::Json ? WorkWithJson(task) : task.work();
+        });
     return jobs;
 }
 
@@ -92,14 +121,21 @@ ExitCode RunTasks(const std::vector<Task>& tasks, const BatchOptions& options)
 {
     ExitCode firstFailure = ExitCode::Done;
     Printer printer(options.form);
+    MaybeProgress progress;
+    BeginProgress(tasks, options, progress);
     const auto onEnd = [&](size_t index, const JobEnd& asEnded) {
+        if (progress)
+            progress->Erase();
         const JobEnd end = WithAWord(asEnded, options.form);
         printer.Take(tasks[index], end);
         firstFailure = firstFailure == ExitCode::Done ? end.code : firstFailure;
         // At once: what a full disk has of it is room for the next one.
         Discard(tasks[index]);
     };
-    const bool isThrough = RunJobs(JobsOf(tasks, options.form), options.atOnce, LimitsOfOne(options), onEnd);
+    const Onlooker onlooker = progress ? OnlookerOf(*progress) : Onlooker();
+    const bool isThrough = RunJobs(JobsOf(tasks, options.form, progress), options.atOnce,
+                                   LimitsOfOne(options), onEnd, progress ? &onlooker : nullptr);
+    progress.reset();
     if (isThrough)
         return firstFailure;
     for (const Task& task : tasks)

@@ -28,6 +28,7 @@ struct BatchOptions {
     Limits limits = UsualLimits();
     bool sharesMemory = true; ///< whether the limit on memory is one for all tasks at work together
     Form form = Form::Tables;
+    bool isQuiet = false; ///< shows no progress, which else is shown where standard error is a terminal
 };
 
 /// Does the tasks in processes of their own, several at a time if the options say so; prints what each

@@ -71,4 +71,9 @@ void AddJobs(CLI::App& verb, BatchOptions& options)
         ->default_str("1");
 }
 
+CLI::Option* AddQuiet(CLI::App& verb, BatchOptions& options, const char* help)
+{
+    return verb.add_flag("--quiet", options.isQuiet, help);
+}
+
 } // namespace krmodel

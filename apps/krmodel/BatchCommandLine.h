@@ -15,4 +15,9 @@ void AddJson(CLI::App& verb, BatchOptions& options);
 /// Adds -j, --jobs.
 void AddJobs(CLI::App& verb, BatchOptions& options);
 
+/// Adds --quiet.
+/// @param help  what it does
+CLI::Option* AddQuiet(CLI::App& verb, BatchOptions& options,
+                      const char* help = "show no progress, which a terminal sees of what takes its time");
+
 } // namespace krmodel

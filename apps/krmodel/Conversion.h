@@ -23,7 +23,6 @@ struct ConvertOptions {
     std::optional<bool> appliesPlacements;
     Joining joining = Joining::AsTheyAre;
     bool hasNormals = false;
-    bool isQuiet = false;
     bool isVerbose = false;
 };
 

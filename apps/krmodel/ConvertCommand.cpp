@@ -186,7 +186,7 @@ ExitCode Convert(const Conversion& conversion, const Options& options, int stand
     const qint64 facetCount = FacetCount(loaded.model);
     const QStringList outputs = OutputNames(conversion, options, loaded.model);
     Save(conversion, options, standardOutput, loaded.model);
-    if (!options.isQuiet)
+    if (!options.batch.isQuiet)
         PrintLosses(conversion.shownInput, losses);
     if (wantsJson)
         PrintJson(conversion, description, outputs, losses);
@@ -294,8 +294,9 @@ void AddConvert(CLI::App& app, Command& command)
     AddArrangement(*verb, *options);
     verb->add_flag("--normals", options->hasNormals,
                    "write a normal for each facet; STL always has them, OBJ only so, 3MF never");
-    CLI::Option* quiet = verb->add_flag("--quiet", options->isQuiet,
-                                        "do not tell what is not carried from the input to the output");
+    CLI::Option* quiet =
+        AddQuiet(*verb, options->batch,
+                 "show no progress, and do not tell what is not carried from the input to the output");
     verb->add_flag("--verbose", options->isVerbose, "tell of each file that was written")->excludes(quiet);
     AddJson(*verb, options->batch);
     AddJobs(*verb, options->batch);

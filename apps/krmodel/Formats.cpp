@@ -26,10 +26,10 @@ constexpr Format kFormats[] = {
      Rounding::SixDigits, Rounding::SixDigits, nullptr, false, threemf::Scan},
     {"STEP", "stp step", "solids and shells, tessellated, with names and in their places; read alone",
      Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr, Rounding::None,
-     Rounding::None, nullptr, false, cad::ScanStep},
+     Rounding::None, nullptr, false, cad::ScanStep, false, true},
     {"IGES", "igs iges", "solids, shells and faces, tessellated, with names and in their places; read alone",
      Variants::TextAlone, Contents::Objects, cad::LoadIges, nullptr, nullptr, nullptr, Rounding::None,
-     Rounding::None, nullptr, false, cad::ScanIges},
+     Rounding::None, nullptr, false, cad::ScanIges, false, true},
 };
 
 QStringList SuffixesOf(const Format& format)

@@ -113,6 +113,7 @@ struct Format {
     /// Looks for what a file that was loaded declares and the model does not hold; null when nobody looks.
     std::vector<Loss> (*scan)(const QString& fileName, const Model& model) = nullptr;
     bool holdsNormals = false; ///< save() writes a normal for each facet, always or when the model wants them
+    bool isTessellated = false; ///< load() makes facets of surfaces, once it has read the file
 
     Rounding RoundingOf(Encoding encoding) const
     {

@@ -7,6 +7,7 @@
 
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
+#include "apps/krmodel/Stage.h"
 #include "apps/krmodel/Verification.h"
 
 namespace krmodel {
@@ -96,6 +97,7 @@ LoadedModel LoadModel(const QString& fileName, const ReadOptions& options)
         refusal = HoldsNoFacet();
     if (refusal)
         Fail(refusal->code, fileName, refusal->reason);
+    EnterStage(Stage::Working);
     if (loaded.format->contents == Contents::Facets)
         NameObjects(loaded.model, fileName);
     return loaded;
@@ -120,11 +122,13 @@ Output ChooseOutput(const QString& fileName, std::optional<Encoding> encoding)
 void WriteModel(const Output& output, const Model& model)
 {
     const PendingFile& file = output.file;
+    EnterStage(Stage::Writing);
     if (!TrySave(output, model))
         Fail(ExitCode::WriteFailed, file.GetTarget(), QStringLiteral("cannot open for writing"));
     if (!output.format->isComplete(file.GetName(), model, output.encoding))
         Fail(ExitCode::WriteFailed, file.GetTarget(),
              QStringLiteral("not written, the file did not come out complete, the disk may be full"));
+    EnterStage(Stage::Comparing);
     if (const auto difference = FindDifference(*output.format, file.GetName(), model, output.encoding))
         Fail(ExitCode::WriteFailed, file.GetTarget(),
              QStringLiteral("not written, the file did not come out right: ") + *difference);

@@ -71,6 +71,7 @@ void AddPaths(CLI::App& app, Command& command)
                                    "draw the contours into this file instead, PNG; closed ones are filled")
                                ->type_name("OUT.png");
     AddPictureSize(*verb, options->size, "width and height of the picture in pixels")->needs(picture);
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

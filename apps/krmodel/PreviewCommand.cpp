@@ -118,6 +118,7 @@ void AddPreview(CLI::App& app, Command& command)
                    "write the picture that the model file keeps instead")
         ->excludes(view);
     AddReading(*verb, options->reading);
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

@@ -168,6 +168,7 @@ void AddRelief(CLI::App& app, Command& command)
     verb->add_flag("--dark-is-high", options->isDarkHigh,
                    "let black be high instead, as for a picture that light shines through");
     AddEncoding(*verb, options->encoding);
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

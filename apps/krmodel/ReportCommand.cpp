@@ -52,6 +52,7 @@ CLI::App* AddReport(CLI::App& app, const char* name, const char* help, Form usua
     AddReading(*verb, options->reading);
     AddJson(*verb, options->batch);
     AddJobs(*verb, options->batch);
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
     return verb;
 }

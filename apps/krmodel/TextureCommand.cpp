@@ -116,6 +116,7 @@ void AddShow(CLI::App& texture, Command& command)
         AddVerb(texture, "show", "Print what a texture file holds: name, picture, how it is laid", command,
                 [options] { return RunShow(*options); });
     AddText(*verb, "FILE", options->input, "texture file to read")->required();
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 
@@ -126,6 +127,7 @@ void AddExtract(CLI::App& texture, Command& command)
                              [options] { return RunExtract(*options); });
     AddText(*verb, "FILE", options->input, "texture file to read")->required();
     AddText(*verb, "OUT.png", options->output, "picture to write, PNG")->required();
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

@@ -214,6 +214,7 @@ void AddTextureMake(CLI::App& texture, Command& command)
     AddIdentity(*verb, *options);
     AddBeyond(*verb, options->parameters);
     AddMapping(*verb, options->parameters.matrix);
+    AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 
