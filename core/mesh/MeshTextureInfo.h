@@ -21,10 +21,11 @@ struct KRCORE_MESH_EXPORT MeshTextureInfo {
 
     /// Loads the picture that a map statement of a material library names. Everything held before is dropped.
     ///
-    /// The file name is what follows the options, blanks in it included, with or without double quotes
-    /// around; a backslash separates directories as '/' does. An absolute path, with a drive letter too, is
-    /// looked up as it is, any other in @p directory. What is not there is looked for by its bare file name
-    /// in @p directory, where pictures mostly are that were named by a path of another machine.
+    /// The file name is what follows the options, blanks in it included (several count as one), with or
+    /// without double quotes around; a backslash separates directories as '/' does. An absolute path, with a
+    /// drive letter too, is looked up as it is, any other in @p directory. What is not there is looked for by
+    /// its bare file name in @p directory, where pictures mostly are that were named by a path of another
+    /// machine.
     ///
     /// Options say how a picture is laid on a surface, which the picture does not know: they are passed over
     /// with their arguments. So is a word with a leading '-' that is no option, with the numbers and on or

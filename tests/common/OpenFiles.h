@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDir>
+#include <QFileInfo>
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +13,19 @@ inline int OpenFiles()
     return QDir(QStringLiteral("/proc/self/fd"))
         .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)
         .size();
+}
+
+/// Whether the program has a file open. Other than a count of files this says nothing of the threads and
+/// libraries that a first use brings along.
+inline bool IsOpen(const QString& path)
+{
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    for (const QFileInfo& descriptor :
+         descriptors.entryInfoList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)) {
+        if (descriptor.symLinkTarget() == path)
+            return true;
+    }
+    return false;
 }
 
 } // namespace test
