@@ -5,10 +5,10 @@
 #include <optional>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QImage>
 #include <QStringList>
 
+#include "core/common/FileName_p.h"
 #include "core/mesh/MapStatement_p.h"
 #include "core/utility/ImageTool.h"
 
@@ -44,12 +44,6 @@ QImage Shrunk(const QImage& image, int longestSide)
     return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-// Reading from a pipe or a device might never end.
-bool IsRegularFile(const QString& path)
-{
-    return QFileInfo(path).isFile();
-}
-
 QByteArray PixelsOf(const QImage& image, bool bottomRowFirst)
 {
     const int rowBytes = image.width() * kBytesPerPixel;
@@ -69,7 +63,7 @@ bool MeshTextureInfo::load(const QStringList& tokens, const QString& directory, 
 {
     clear();
     fileName = FindFile(tokens, directory);
-    return IsRegularFile(fileName) &&
+    return kr::IsPlainFile(fileName) &&
            load(ReadPicture(fileName, longestSide), false, false, false, longestSide);
 }
 
@@ -78,7 +72,7 @@ QString MeshTextureInfo::FindFile(const QStringList& tokens, const QString& dire
     QStringList paths;
     for (const QString& name : kr::FileNamesOfMapStatement(tokens))
         paths += kr::PathsOfMapFile(name, directory);
-    const auto found = std::find_if(paths.begin(), paths.end(), IsRegularFile);
+    const auto found = std::find_if(paths.begin(), paths.end(), kr::IsPlainFile);
     return found == paths.end() ? paths.value(0) : *found;
 }
 

@@ -1,6 +1,7 @@
 #include "core/utility/Utility.h"
 
 #include "core/common/DecimalText_p.h"
+#include "core/common/FileName_p.h"
 
 #include <QByteArray>
 #include <QDate>
@@ -42,12 +43,6 @@ QString FileName(const QString& path)
 {
     const QString portable = QDir::fromNativeSeparators(path);
     return portable.mid(portable.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
-// Qt prints a warning for other paths.
-bool CanNameAFile(const QString& path)
-{
-    return !path.isEmpty() && !path.contains(QChar::Null);
 }
 
 // Takes no more than the limit and one byte from a file, whatever size it claims: a device claims 0.
@@ -156,7 +151,7 @@ QString Utility::GetFileNameNoComplexExtension(const QString& path)
 bool Utility::TestFileReadable(const QString& path)
 {
     const QFileInfo info(path);
-    if (!CanNameAFile(path) || !info.exists() || info.isDir())
+    if (!kr::CanNameAFile(path) || !info.exists() || info.isDir())
         return false;
     return info.isFile() ? QFile(path).open(QIODevice::ReadOnly) : info.isReadable();
 }
@@ -192,7 +187,7 @@ bool Utility::LoadJsonBytes(QByteArray& out, const QString& path, int& error)
 
 bool Utility::SaveJsonFile(const QJsonObject& object, const QString& path, QJsonDocument::JsonFormat format)
 {
-    if (!CanNameAFile(path))
+    if (!kr::CanNameAFile(path))
         return false;
     QByteArray bytes;
     GetJsonBuffer(object, bytes, format);

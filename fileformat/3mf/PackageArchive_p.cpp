@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include <QFileInfo>
 #include <QHash>
 
 #include <libdeflate.h>
@@ -10,6 +9,7 @@
 #include <quazipfileinfo.h>
 #include <unzip.h>
 
+#include "core/common/FileName_p.h"
 #include "core/common/LargePages_p.h"
 
 namespace kr::package3mf {
@@ -55,8 +55,7 @@ bool Inflate(const QByteArray& deflated, QByteArray& bytes)
 PackageArchive::PackageArchive(const QString& fileName, int largest)
     : m_file(fileName), m_zip(&m_file), m_largest(largest)
 {
-    // Opening a pipe would wait for somebody to write into it.
-    if (QFileInfo(fileName).isFile() && m_file.open(QIODevice::ReadOnly) && m_zip.open(QuaZip::mdUnzip))
+    if (IsPlainFile(fileName) && m_file.open(QIODevice::ReadOnly) && m_zip.open(QuaZip::mdUnzip))
         List();
 }
 

@@ -2,6 +2,7 @@
 #include <quazipfile.h>
 #include <quazipnewinfo.h>
 
+#include "core/common/FileName_p.h"
 #include "fileformat/3mf/Model3MF.h"
 #include "fileformat/3mf/PackageDocuments_p.h"
 
@@ -33,9 +34,8 @@ bool Model3MF::SaveFile(const QString& fileName, const std::vector<ModelObjectIn
     QByteArray relationships;
     kr::package3mf::BuildPackageRelationships(!m_imageData.isEmpty(), relationships);
 
-    // Qt would print about an empty name.
     QuaZip archive(fileName);
-    if (fileName.isEmpty() || !archive.open(QuaZip::mdCreate))
+    if (!kr::CanNameAFile(fileName) || !archive.open(QuaZip::mdCreate))
         return false;
     WriteEntry(archive, QStringLiteral("[Content_Types].xml"), contentTypes);
     if (!m_imageData.isEmpty())

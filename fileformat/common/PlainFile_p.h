@@ -4,8 +4,8 @@
 
 namespace kr {
 
-/// Opens the file that @p file names, if it is a plain one: opening a pipe would wait for somebody to write
-/// into it. Readers take large blocks, so Qt keeps no buffer of its own.
+/// Opens the file that @p file names, if it is a plain one. Readers take large blocks, so Qt keeps no buffer
+/// of its own.
 [[nodiscard]] bool OpenForReading(QFile& file);
 
 /// Opens the file that @p file names for writing, emptied. Writers gather large blocks, so Qt keeps no buffer

@@ -7,10 +7,10 @@
 #include <utility>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QImage>
 #include <QString>
 
+#include "core/common/FileName_p.h"
 #include "core/mesh/Mesh.h"
 #include "core/utility/ImageTool.h"
 #include "core/utility/Utility.h"
@@ -55,8 +55,7 @@ bool GivesRelief(const QSize& size, int scalePercent)
 template<class IsWanted>
 LoadResult Decode(const QString& fileName, QImage& image, IsWanted isWanted)
 {
-    // Reading from a pipe or a device might never end.
-    if (!QFileInfo(fileName).isFile())
+    if (!kr::IsPlainFile(fileName))
         return LoadResult::NotLoaded;
     QFile file(fileName);
     const auto wholeSize = [&isWanted](const QSize& size) {

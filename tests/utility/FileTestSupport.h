@@ -5,9 +5,10 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
-#include <QtGlobal>
 
 #include <string>
+
+#include "tests/common/MessageCounter.h"
 
 inline void WriteFile(const QString& path, const QByteArray& bytes)
 {
@@ -22,24 +23,3 @@ inline std::string ReadFile(const QString& path)
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     return file.readAll().toStdString();
 }
-
-/// Counts what Qt would print while it lives: the libraries stay silent.
-class MessageCounter {
-public:
-    MessageCounter() : m_previous(qInstallMessageHandler(Note)) { printedCount = 0; }
-    ~MessageCounter() { qInstallMessageHandler(m_previous); }
-    MessageCounter(const MessageCounter&) = delete;
-    MessageCounter& operator=(const MessageCounter&) = delete;
-
-    int Count() const { return printedCount; }
-
-private:
-    static void Note(QtMsgType, const QMessageLogContext&, const QString& text)
-    {
-        ++printedCount;
-        ADD_FAILURE() << "printed: " << text.toStdString();
-    }
-
-    static inline int printedCount = 0;
-    QtMessageHandler m_previous;
-};

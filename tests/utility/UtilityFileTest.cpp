@@ -41,7 +41,7 @@ TEST(UtilityReadable, AcceptsUnicodeNamesAndLinks)
 
 TEST(UtilityReadable, RefusesWhatIsNoFile)
 {
-    const MessageCounter messages;
+    const test::MessageCounter messages;
     const QTemporaryDir directory;
     const QString link = directory.filePath(QStringLiteral("dangling"));
     ASSERT_TRUE(QFile::link(directory.filePath(QStringLiteral("gone")), link));

@@ -192,7 +192,7 @@ TEST_F(UtilityJson, LetsTheLastOfEqualKeysCount)
 
 TEST_F(UtilityJson, ReportsAFileThatCannotBeRead)
 {
-    const MessageCounter messages;
+    const test::MessageCounter messages;
     EXPECT_EQ(CodeOf(Path("missing")), Utility::JsonFileUnreadable);
     EXPECT_EQ(CodeOf(m_directory.path()), Utility::JsonFileUnreadable);
     EXPECT_EQ(CodeOf(QString()), Utility::JsonFileUnreadable);
@@ -347,7 +347,7 @@ TEST_F(UtilityJson, WritesIntoAPipe)
 
 TEST_F(UtilityJson, FailsWhereNoFileCanBe)
 {
-    const MessageCounter messages;
+    const test::MessageCounter messages;
     EXPECT_FALSE(Utility::SaveJsonFile(Sample(), m_directory.path(), QJsonDocument::Compact));
     EXPECT_FALSE(Utility::SaveJsonFile(Sample(), Path("missing/document"), QJsonDocument::Compact));
     EXPECT_FALSE(Utility::SaveJsonFile(Sample(), QString(), QJsonDocument::Compact));
