@@ -83,7 +83,7 @@ void VisitFacets(const std::vector<Point>& corners, Visit visit)
 
 std::int64_t FacetCount(const Mesh& mesh)
 {
-    return mesh.GetFaceNum();
+    return std::max(mesh.GetFaceNum(), 0); // as many as are visited
 }
 
 std::int64_t FacetCount(const std::vector<Point>& corners)

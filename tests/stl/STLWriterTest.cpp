@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "core/mesh/Mesh.h"
+#include "tests/common/OpenFiles.h"
 #include "tests/stl/STLBuilders.h"
 
 namespace {
@@ -154,6 +155,15 @@ TEST(STLWriter, WritesOneSolidForEachMeshInText)
     EXPECT_EQ(Directory::Read(path), solid + solid);
 }
 
+TEST(STLWriter, TakesAListOfMeshesToBeChangedInTextToo)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("out.stl"));
+    Mesh first = OneFacet(0), second = OneFacet(7);
+    ASSERT_TRUE(STLFile::SaveFile(path, std::vector<Mesh*>{&first, &second}, true, 80));
+    EXPECT_EQ(Directory::Read(path), TextOf(first) + TextOf(second));
+}
+
 TEST(STLWriter, WritesTextAsATextStreamWould)
 {
     const Mesh mesh = RandomMesh(5, 4000);
@@ -227,6 +237,31 @@ TEST(STLWriter, WritesHeaderAndZeroCountForAMeshWithoutFaces)
     const QByteArray bytes = BinaryOf(Mesh(0.03f));
     ASSERT_EQ(bytes.size(), 84);
     EXPECT_EQ(CountIn(bytes), 0U);
+}
+
+TEST(STLWriter, WritesHeaderAndZeroCountForNoMeshes)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("out.stl"));
+    ASSERT_TRUE(STLFile::SaveFile(path, std::vector<const Mesh*>(), false, 80));
+    const QByteArray bytes = Directory::Read(path);
+    ASSERT_EQ(bytes.size(), 84);
+    EXPECT_EQ(CountIn(bytes), 0U);
+}
+
+TEST(STLWriter, PassesOverANegativeFaceCount)
+{
+    Mesh none = TwoFacets();
+    none.SetFaceNum(-5);
+    EXPECT_EQ(TextOf(none), QByteArray("solid model\nendsolid model\n"));
+    EXPECT_EQ(CountIn(BinaryOf(none)), 0U);
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("out.stl"));
+    const Mesh two = TwoFacets();
+    ASSERT_TRUE(STLFile::SaveFile(path, std::vector<const Mesh*>{&none, &two}, false, 80));
+    const QByteArray bytes = Directory::Read(path);
+    EXPECT_EQ(bytes.size(), 84 + 2 * 50);
+    EXPECT_EQ(CountIn(bytes), 2U);
 }
 
 TEST(STLWriter, PutsDateAndTimeIntoTheHeader)
@@ -412,6 +447,21 @@ TEST(STLWriter, DoesNotReportWriteErrors)
     EXPECT_TRUE(STLFile::SaveFile(full, TwoFacets(), true, 80));
     EXPECT_TRUE(STLFile::SaveFile(full, TwoFacets(), false, 80));
     EXPECT_TRUE(STLFile::SaveFile(full, RandomMesh(1, 20'000), false, 80));
+}
+
+TEST(STLWriter, ClosesTheFileHoweverItEnds)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("out.stl"));
+    Mesh bad = TwoFacets();
+    bad.SetFaceNum(3);
+    const int openBefore = test::OpenFiles();
+    for (const bool ascii : {true, false}) {
+        EXPECT_TRUE(STLFile::SaveFile(path, TwoFacets(), ascii, 80));
+        EXPECT_TRUE(STLFile::SaveFile(QStringLiteral("/dev/full"), TwoFacets(), ascii, 80));
+        EXPECT_THROW((void)STLFile::SaveFile(path, bad, ascii, 80), std::out_of_range);
+    }
+    EXPECT_EQ(test::OpenFiles(), openBefore);
 }
 
 TEST(STLWriter, WritesTheSameInEveryLocale)
