@@ -15,7 +15,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -43,6 +45,13 @@ QString FileName(const QString& path)
 {
     const QString portable = QDir::fromNativeSeparators(path);
     return portable.mid(portable.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+// Sockets have names and permissions as files have, but are never opened.
+bool IsSocket(const QString& path)
+{
+    std::error_code error;
+    return std::filesystem::is_socket(QFile::encodeName(path).toStdString(), error);
 }
 
 // Takes no more than the limit and one byte from a file, whatever size it claims: a device claims 0.
@@ -153,7 +162,7 @@ bool Utility::TestFileReadable(const QString& path)
     const QFileInfo info(path);
     if (!kr::CanNameAFile(path) || !info.exists() || info.isDir())
         return false;
-    return info.isFile() ? QFile(path).open(QIODevice::ReadOnly) : info.isReadable();
+    return info.isFile() ? QFile(path).open(QIODevice::ReadOnly) : info.isReadable() && !IsSocket(path);
 }
 
 // The plain toString() of Qt's dates follows the system's locale, down to its digits.

@@ -57,8 +57,8 @@ public:
     /// first dot: "a" for "x.d/a.tar.gz". Empty for ".bashrc".
     static QString GetFileNameNoComplexExtension(const QString& path);
 
-    /// Whether @p path is a file that can be opened for reading; false for a directory. A pipe or device is
-    /// judged by its permissions: opening it could wait for the other end.
+    /// Whether @p path is a file that can be opened for reading; false for a directory and a socket. A pipe
+    /// or device is judged by its permissions: opening it could wait for the other end.
     [[nodiscard]] static bool TestFileReadable(const QString& path);
 
     /// @{
