@@ -9,6 +9,7 @@
 #include "core/mesh/MeshMaterialMatrix.h"
 #include "core/mesh/MeshMaterialParameters.h"
 #include "core/mesh/MeshTextureGroup.h"
+#include "core/mesh/MeshTextureInfo.h"
 
 namespace {
 
@@ -87,10 +88,18 @@ TEST(MeshMaterialInfo, StartsAsAMaterialOfWhichNothingIsSaid)
     EXPECT_EQ(material.diffuse, Color(0.8f, 0.8f, 0.8f));
     EXPECT_EQ(material.specular, Color(0, 0, 0));
     EXPECT_EQ(material.emissive, Color(0, 0, 0));
+    EXPECT_EQ(material.wrapS, 0);
+    EXPECT_EQ(material.wrapT, 0);
+    EXPECT_EQ(material.borderColor, Vector4D<float>(0, 0, 0, 0));
+    EXPECT_EQ(material.translation, Place(0, 0, 0));
+    EXPECT_EQ(material.rotation, Place(0, 0, 0));
     EXPECT_EQ(material.repeat, Place(1, 1, 1));
     ExpectIdentity(material.matrix);
     EXPECT_TRUE(material.name.empty());
     EXPECT_FALSE(material.diffuseTexture.isValidSize());
+    EXPECT_FALSE(material.emissiveTexture.isValidSize());
+    EXPECT_FALSE(material.opacityTexture.isValidSize());
+    EXPECT_FALSE(material.bumpTexture.isValidSize());
 }
 
 TEST(MeshMaterialInfo, SettersSetTheirColorAlone)
@@ -131,6 +140,24 @@ TEST(MeshMaterialInfo, FieldsKeepTheirOrder)
                              m.specular, m.emissive, m.wrapS, m.wrapT, m.borderColor, m.translation,
                              m.rotation, m.repeat, m.matrix, m.name, m.diffuseTexture, m.emissiveTexture,
                              m.opacityTexture, m.bumpTexture));
+}
+
+TEST(MeshTextureInfo, FieldsKeepTheirOrder)
+{
+    const MeshTextureInfo t;
+    EXPECT_TRUE(StandInOrder(t.width, t.height, t.fileName, t.pixels));
+}
+
+TEST(MeshMaterialParameters, FieldsKeepTheirOrder)
+{
+    const MeshMaterialParameters p;
+    EXPECT_TRUE(StandInOrder(p.wrapS, p.wrapT, p.borderColor, p.matrix));
+}
+
+TEST(MeshMaterialMatrix, FieldsKeepTheirOrder)
+{
+    const MeshMaterialMatrix m;
+    EXPECT_TRUE(StandInOrder(m.translation, m.rotation, m.repeat, m.matrix));
 }
 
 TEST(MeshMaterialInfo, CopyIsAWholeMaterial)
