@@ -100,7 +100,6 @@ std::optional<TriangleSoup> ReadSoup(const QString& fileName, int headerSize, bo
 // Nothing in here throws: the mesh is replaced as a whole or not at all. The finalisation sets both counts.
 void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostProcess)
 {
-    const std::size_t stitchedFaceCount = stitched.faces.size();
     mesh.GetFacesVecPtr()->swap(stitched.faces);
     mesh.GetVerticesVecPtr()->swap(stitched.vertices);
     mesh.GetTexCoordVecPtr()->clear();
@@ -108,9 +107,8 @@ void ReplaceContents(Mesh& mesh, kr::stl::StitchedMesh stitched, bool lightPostP
     const bool provideNormals = !lightPostProcess;
     const bool provideNeighbours = !lightPostProcess;
     mesh.PostProcess(false, true, provideNormals, provideNeighbours, nullptr, nullptr);
-    // Stitching has measured the volume on its way; dropped faces would have added to it in another order.
-    const bool isWhole = mesh.GetFacesVecPtr()->size() == stitchedFaceCount;
-    mesh.SetVolume(stitched.volume && isWhole ? *stitched.volume : mesh.CalcuateVolume());
+    // Stitching has mostly measured the volume on its way. It leaves no face for the finalisation to drop.
+    mesh.SetVolume(stitched.volume ? *stitched.volume : mesh.CalcuateVolume());
 }
 
 } // namespace

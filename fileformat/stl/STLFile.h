@@ -30,8 +30,7 @@ public:
     ///
     /// On success the mesh's lists, counts, volume and what its finalisation provides are replaced, texture
     /// lists emptied; ids, name and transform stay. On failure, and when an exception passes, the mesh is as
-    /// it was. Faces that name a vertex twice are dropped; normals and neighbours are provided at their first
-    /// request.
+    /// it was. No face names a vertex twice; normals and neighbours are provided at their first request.
     /// @param lightPostProcess  true: the mesh provides no normals and no neighbours
     /// @param headerSize        bytes before the facet count of a binary file, 80 in ordinary files; below 0
     ///                          or above 1024 a binary file is refused

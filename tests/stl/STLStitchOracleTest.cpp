@@ -119,13 +119,16 @@ TEST_P(STLStitchOracle, KeepsWhatAnyMeshMustHold)
         const SoupCorners soup = RandomSoup(random);
         const PlainStitchResult plain = StitchPlainly(soup, NoNormals(soup));
         const Stitched mesh = Stitch(soup, NoNormals(soup));
+        ASSERT_TRUE(SameBytes(mesh.faces, plain.faces) && SameBytes(mesh.vertices, plain.vertices));
         std::vector<bool> isUsed(mesh.vertices.size(), false);
-        for (const TriangleFace& f : mesh.faces)
+        for (const TriangleFace& f : mesh.faces) {
             for (const int v : f.v) {
                 ASSERT_GE(v, 0);
                 ASSERT_LT(v, int(mesh.vertices.size()));
                 isUsed[std::size_t(v)] = true;
             }
+            EXPECT_TRUE(f[0] != f[1] && f[1] != f[2] && f[2] != f[0]) << "a face that names a vertex twice";
+        }
         EXPECT_EQ(std::count(isUsed.begin(), isUsed.end(), false), 0) << "a vertex without a face";
         EXPECT_LE(mesh.faces.size(), soup.size() / 3);
         EXPECT_LE(plain.movedAtMost, plain.tolerance * 1.001f) << "from where the edge lay when it was filed";

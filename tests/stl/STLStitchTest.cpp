@@ -77,6 +77,14 @@ bool IsClosedAndConsistent(const Faces& faces)
     });
 }
 
+// Two facets with an edge of 30 in common but for the gap. The third has the smallest edge, whose extent E is
+// 0.0001; the box's diagonal D makes D / 10000 about 0.0108.
+SoupCorners PairWithGapBesideATinyEdge(float gap)
+{
+    return {{0, 0, 0},    {30, 0, 0},   {10, 30, 0},        {30, 0, gap}, {0, 0, gap},
+            {10, -30, 0}, {50, 50, 50}, {50.0001f, 50, 50}, {50, 51, 50}};
+}
+
 SoupCorners UnitCube()
 {
     return CubeSoup({0, 0, 0}, 1);
@@ -228,8 +236,7 @@ TEST(STLStitch, FileNormalsNeverChooseAWinding)
 
 TEST(STLStitch, EveryNormalIsTheGeometricNormalWhateverTheFileSaid)
 {
-    Random random(5);
-    SoupCorners soup = TorusSoup(6, 6, 5, 2);
+    const SoupCorners soup = TorusSoup(6, 6, 5, 2);
     for (const float scale : {-1.0f, 0.0f, 1.0f, 1000.0f, kNaN, kInfinity}) {
         const Stitched mesh = Stitch(soup, std::vector<Point>(72, Point(scale, scale, 0)));
         const SoupCorners corners = CornersOf(mesh);
@@ -301,6 +308,13 @@ TEST(STLStitch, ADroppedFacetTakesANormalAway)
     EXPECT_EQ(Stitch(soup, normals).faces.size(), 12u);
 }
 
+TEST(STLStitch, ADroppedFacetTakesTheLastNormalAway)
+{
+    const Point p(3, 3, 3), q(4, 4, 4), slanted(0.0009f, 0, 1);
+    const Stitched mesh = Stitch({p, p, q, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {slanted, {0, 0, 1}});
+    EXPECT_EQ(mesh.normals, std::vector<Point>{slanted}) << "right to within a thousandth for the facet left";
+}
+
 TEST(STLStitch, DropsMoreFacetsThanThereAreNormals)
 {
     const Point p(1, 2, 3), q(4, 5, 6);
@@ -327,6 +341,50 @@ TEST(STLStitch, JoinsCornersCloserThanTheSmallestEdgeExtent)
         EXPECT_TRUE(HaveSameBits(CornersOf(mesh)[0], CornersOf(mesh)[4]));
         EXPECT_TRUE(HaveSameBits(CornersOf(mesh)[1], CornersOf(mesh)[3]));
     }
+}
+
+TEST(STLStitch, ClosesGapsOfATenThousandthOfTheDiagonalThoughEdgesAreShorter)
+{
+    const Stitched mesh = Stitch(PairWithGapBesideATinyEdge(0.003f));
+    EXPECT_EQ(mesh.vertices.size(), 4u + 3u);
+    EXPECT_EQ(mesh.vertices[0], Point(0, 0, 0.003f));
+}
+
+TEST(STLStitch, LeavesCornersFurtherApartThanTheToleranceAsTheyCame)
+{
+    const SoupCorners soup = PairWithGapBesideATinyEdge(0.03f);
+    const Stitched mesh = Stitch(soup);
+    EXPECT_EQ(mesh.vertices.size(), 9u);
+    EXPECT_EQ(CornersOf(mesh), soup);
+}
+
+TEST(STLStitch, MeasuresTheFirstEdgeThoughItsFacetIsRemoved)
+{
+    const SoupCorners pair{{0, 0, 0}, {3, 0, 0}, {1, 3, 0}, {3, 0, 0.3f}, {0, 0, 0.3f}, {1, -3, 0}};
+    const Point p(5, 5, 5), q(6, 6, 6);
+    EXPECT_EQ(Stitch(pair).vertices.size(), 4u) << "E is 3";
+    EXPECT_EQ(Stitch(Joined({p, q, p}, pair)).vertices.size(), 4u) << "E is 1";
+    EXPECT_EQ(Stitch(Joined({p, p, q}, pair)).vertices.size(), 6u) << "E is 0";
+    EXPECT_EQ(Stitch(Joined(pair, {p, p, q})).vertices.size(), 4u) << "only the first edge counts";
+}
+
+TEST(STLStitch, MeasuresTheBoxWithFacetsThatAreRemoved)
+{
+    const Point far(2000, 0, 0);
+    const SoupCorners soup = PairWithGapBesideATinyEdge(0.03f);
+    EXPECT_EQ(Stitch(Joined(soup, {far, far, {0, 0, 0}})).vertices.size(), 4u + 3u);
+}
+
+TEST(STLStitch, ACornerSnappedAgainTakesTheLaterPosition)
+{
+    // Three facets in a row around a hub that lies elsewhere in each.
+    const Point hubs[] = {{0, 0, 0}, {0, 0, 0.001f}, {0, 0, 0.002f}};
+    const Point p0(1, 0, 0), p1(0, 1, 0), p2(-1, 0, 0), p3(0, -1, 0);
+    const Stitched mesh = Stitch({hubs[0], p0, p1, hubs[1], p1, p2, hubs[2], p2, p3});
+    EXPECT_EQ(mesh.vertices.size(), 5u);
+    const SoupCorners corners = CornersOf(mesh);
+    for (const std::size_t hub : {0u, 3u, 6u})
+        EXPECT_TRUE(HaveSameBits(corners[hub], hubs[2])) << hub;
 }
 
 TEST(STLStitch, EarlierFacetsTakeTheLaterFacetsPosition)

@@ -31,6 +31,13 @@ std::optional<TriangleSoup> ReadText(const QByteArray& bytes,
     return kr::stl::ReadText(reader, expectedCorners);
 }
 
+std::optional<TriangleSoup> ReadTextThatFails(const QByteArray& bytes, std::size_t blockSize)
+{
+    test::FailingDevice device(bytes);
+    BlockReader reader(device, LineEnds::WithoutCarriageReturns, blockSize);
+    return kr::stl::ReadText(reader, 3);
+}
+
 std::vector<Point> Corners(const TriangleSoup& soup)
 {
     return {soup.corners.data(), soup.corners.data() + soup.cornerCount};
@@ -64,6 +71,23 @@ TEST(STLText, PassesOverTheFirstLineWhateverItHolds)
     const auto soup = ReadText("vertex 1 2 3 normal 1 2\nvertex 4 5 6");
     ASSERT_TRUE(soup);
     EXPECT_EQ(Corners(*soup), std::vector<Point>{Point(4, 5, 6)});
+}
+
+TEST(STLText, EndsWhereReadingFailsAsAtTheEndOfTheFile)
+{
+    for (const char* const text : {"\nvertex 1 2 3 endsolid ab", "\nvertex 1 2 3 loop", "\nvertex 1 2 3\n"})
+        for (const std::size_t blockSize : kBlockSizes) {
+            const auto soup = ReadTextThatFails(text, blockSize);
+            ASSERT_TRUE(soup) << text;
+            EXPECT_EQ(Corners(*soup), std::vector<Point>{Point(1, 2, 3)}) << text;
+        }
+}
+
+TEST(STLText, FailsWhereReadingFailsInsideThreeNumbers)
+{
+    for (const char* const text : {"\nvertex 4 5 6 vertex 1 2 ", "\nvertex 1", "\nvertex", "\nnormal 0 0 "})
+        for (const std::size_t blockSize : kBlockSizes)
+            EXPECT_FALSE(ReadTextThatFails(text, blockSize)) << text;
 }
 
 TEST(STLText, HoldsNothingWithoutASecondLine)
