@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <QByteArray>
 #include <QString>
 
 #include <sys/mman.h>
@@ -27,6 +28,12 @@ public:
     {
         Require(ftruncate(kDescriptor, 0) == 0);
         Require(pwrite(kDescriptor, data, size, 0) == static_cast<ssize_t>(size));
+    }
+    QByteArray Read() const
+    {
+        QByteArray bytes(static_cast<int>(lseek(kDescriptor, 0, SEEK_END)), '\0');
+        Require(pread(kDescriptor, bytes.data(), static_cast<size_t>(bytes.size()), 0) == bytes.size());
+        return bytes;
     }
     QString Name() const { return QStringLiteral("/proc/self/fd/%1").arg(kDescriptor); }
 
