@@ -6,7 +6,7 @@ foreach(page IN LISTS pages)
     file(READ ${page} text)
     # A list would fall apart at these.
     string(REGEX REPLACE "[][;]" " " text "${text}")
-    string(REGEX MATCHALL "(href|src)=\"[^\"#:]+[\"#]" links "${text}")
+    string(REGEX MATCHALL "(href|src|data)=\"[^\"#:]+[\"#]" links "${text}")
     list(REMOVE_DUPLICATES links)
     foreach(link IN LISTS links)
         string(REGEX REPLACE "^[a-z]+=\"([^\"#]+).$" "\\1" target "${link}")

@@ -1,5 +1,4 @@
-// Tells how a texture file is laid on a surface, and takes its picture out: ExtractPicture FILE.texture
-// OUT.png
+// Tells how a texture is laid on a surface, and takes its picture out: ExtractPicture FILE.texture OUT.png
 #include <cstdio>
 
 #include "fileformat/texture/TextureFile.h"

@@ -41,31 +41,6 @@ TEST_F(Krmodel, InfoPrintsWhatABinaryFileHolds)
     EXPECT_TRUE(Matches(Cell(run, "peak memory"), "^\\d+\\.\\d MiB$"));
 }
 
-TEST_F(Krmodel, ItsPageShowsWhatIsPrintedOfTheSamples)
-{
-    QFile file(QStringLiteral(KRCORE_SOURCES "/docs/krmodel.md"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    // Times and memory differ from run to run.
-    const QRegularExpression varying(QStringLiteral("  (read in|peak memory) .*\n"));
-    const QString page = QString::fromUtf8(file.readAll()).remove(varying);
-    const struct {
-        const char* arguments;
-        int lineCount;
-    } kRuns[] = {{"info samples/balloon.obj", 20},
-                 {"info samples/bolt.3mf", 23},
-                 {"check samples/gear.stl samples/sheet.stl samples/bolt.3mf", 5},
-                 {"texture show samples/weave.texture", 14},
-                 {"paths samples/gasket.path", 13}};
-    for (const auto& [arguments, lineCount] : kRuns) {
-        const ProgramRun run =
-            RunProgram(QStringLiteral(KRMODEL_PROGRAM), Words(arguments), QStringLiteral(KRCORE_SOURCES));
-        const QString shown = QString(run.output).remove(varying);
-        EXPECT_TRUE(page.contains(QStringLiteral("$ krmodel %1\n").arg(QLatin1String(arguments)) + shown))
-            << shown.toStdString();
-        EXPECT_EQ(shown.count(QLatin1Char('\n')), lineCount);
-    }
-}
-
 TEST_F(Krmodel, InfoCountsTheOpenEdgesOfASheetInText)
 {
     const ProgramRun run = InfoOfSample("sheet.stl");
