@@ -44,9 +44,9 @@ QStringList Pages()
 /// What stands in fences that begin with ``` and @p kind.
 QStringList Blocks(const QString& page, const QString& kind)
 {
-    static const QRegularExpression fences(QStringLiteral("^```(\\w*)\\n(.*?)^```$"),
-                                           QRegularExpression::MultilineOption |
-                                               QRegularExpression::DotMatchesEverythingOption);
+    const QRegularExpression fences(QStringLiteral("^```(\\w*)\\n(.*?)^```$"),
+                                    QRegularExpression::MultilineOption |
+                                        QRegularExpression::DotMatchesEverythingOption);
     QStringList blocks;
     for (auto all = fences.globalMatch(page); all.hasNext();) {
         const QRegularExpressionMatch fence = all.next();
