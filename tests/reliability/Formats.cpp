@@ -1,6 +1,8 @@
 #include "tests/reliability/Formats.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <ostream>
@@ -384,6 +386,12 @@ const std::vector<Writer>& Writers()
         {"Path", "cut.path", WritePaths},
     };
     return kWriters;
+}
+
+const Reader& ReaderNamed(const char* name)
+{
+    const auto isNamed = [name](const Reader& reader) { return std::strcmp(reader.name, name) == 0; };
+    return *std::find_if(AllReaders().begin(), AllReaders().end(), isNamed);
 }
 
 void PrintTo(const Reader& reader, std::ostream* stream)

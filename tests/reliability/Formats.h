@@ -35,6 +35,9 @@ const std::vector<Reader>& Readers();
 const std::vector<Reader>& AllReaders();
 const std::vector<Writer>& Writers();
 
+/// One of them all.
+const Reader& ReaderNamed(const char* name);
+
 void PrintTo(const Reader& reader, std::ostream* stream);
 void PrintTo(const Writer& writer, std::ostream* stream);
 

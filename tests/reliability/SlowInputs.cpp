@@ -1,0 +1,412 @@
+#include "tests/reliability/SlowInputs.h"
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <initializer_list>
+
+#include <QtEndian>
+
+#include "tests/3mf/ZipBuilder.h"
+#include "tests/reliability/Formats.h"
+#include "tests/stl/STLBuilders.h"
+
+namespace test {
+
+namespace {
+
+/// Pieces, numbered from 0, until there are so many bytes.
+QByteArray Repeated(int size, const std::function<QByteArray(int)>& piece)
+{
+    QByteArray bytes;
+    for (int i = 0; bytes.size() < size; ++i)
+        bytes += piece(i);
+    return bytes;
+}
+
+QByteArray Repeated(int size, const char* piece)
+{
+    return QByteArray(piece).repeated(size / int(std::strlen(piece)));
+}
+
+QByteArray Number(int value)
+{
+    return QByteArray::number(value);
+}
+
+// ---- STL
+
+using Corner = Vector3D<float>;
+constexpr int kRecordSize = 50;
+
+QByteArray FacetsOf(int size, const std::function<void(BinarySTL&, int)>& add)
+{
+    BinarySTL file;
+    for (int i = 0; i < size / kRecordSize; ++i)
+        add(file, i);
+    return file;
+}
+
+QByteArray StlOfEqualFacets(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int) { file.Facet({0, 0, 0}, {1, 0, 0}, {0, 1, 0}); });
+}
+
+/// All facets have one edge in common.
+QByteArray StlOfEqualEdges(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int i) { file.Facet({0, 0, 0}, {1, 0, 0}, {0, 1, float(i)}); });
+}
+
+QByteArray StlOfOneFan(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int i) {
+        const auto at = [](int k) { return Corner(float(k), float(k % 7), 5); };
+        file.Facet({0, 0, 0}, at(i), at(i + 1));
+    });
+}
+
+/// A fan whose rim is jittered: it is joined within a tolerance, link by link.
+QByteArray StlOfOneJitteredFan(int size)
+{
+    const int count = size / kRecordSize;
+    return FacetsOf(size, [count](BinarySTL& file, int i) {
+        const auto at = [count](int k) {
+            const double turn = 6.283185307179586 * k / count;
+            return Corner(float(1e6 * std::cos(turn)), float(1e6 * std::sin(turn)), 0);
+        };
+        const float jitter = 1e-5f * float(i % 3);
+        file.Facet({jitter, 0, 0}, at(i), at(i + 1));
+    });
+}
+
+/// Open edges everywhere, many to each cell of the tolerance.
+QByteArray StlOfCrowdedEdges(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int i) {
+        const float x = 1e-6f * float(i % 13);
+        const float y = 1e-6f * float(i % 17);
+        file.Facet({x, y, 0}, {1 + y, x, 0}, {x, 1 + y, 1e-7f * float(i)});
+    });
+}
+
+QByteArray StlOfNoNumbers(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int i) {
+        file.Facet({float(NAN), 0, 0}, {1, INFINITY, 0}, {0, 1, float(i)});
+    });
+}
+
+QByteArray StlOfSpikes(int size)
+{
+    return FacetsOf(size, [](BinarySTL& file, int i) {
+        file.Facet({0, 0, 0}, {3e38f, float(i), 0}, {-3e38f, 0, 1e-40f * float(i)});
+    });
+}
+
+QByteArray StlOfOneToken(int size)
+{
+    return "solid\n" + QByteArray(size, 'a');
+}
+
+QByteArray StlOfSolidsThatEnd(int size)
+{
+    return "solid\n" + Repeated(size, "endsolid solid ");
+}
+
+QByteArray StlOfLongNumbers(int size)
+{
+    return "solid\nnormal 0 0 1\nvertex " + QByteArray(size / 2, '1') + " 0 0\nvertex 0." +
+           QByteArray(size / 2, '3') + " 1 0\nvertex 1 1 0\n";
+}
+
+QByteArray StlOfOpenSolids(int size)
+{
+    return Repeated(size, "soli");
+}
+
+// ---- OBJ and MTL
+
+QByteArray ObjOfOnePolygon(int size)
+{
+    return "v 0 0 0\nv 1 0 0\nv 0 1 0\nf" + Repeated(size, " 1 2 3") + "\n";
+}
+
+QByteArray ObjOfOneLine(int size)
+{
+    return QByteArray(size, 'v');
+}
+
+QByteArray ObjOfJoinedLines(int size)
+{
+    return Repeated(size, "v \\\n");
+}
+
+QByteArray ObjOfEqualNames(int size)
+{
+    return Repeated(size, "usemtl a\n");
+}
+
+QByteArray ObjOfManyNames(int size)
+{
+    return Repeated(size, [](int i) { return "usemtl m" + Number(i) + '\n'; });
+}
+
+QByteArray ObjOfManyLibraries(int size)
+{
+    return Repeated(size, [](int i) { return "mtllib l" + Number(i) + ".mtl\n"; });
+}
+
+/// A library of as many materials as groups that look for the last of them: the file names itself.
+QByteArray ObjThatIsItsLibrary(int size)
+{
+    return "mtllib model.obj\n" + Repeated(size / 2, [](int i) { return "newmtl m" + Number(i) + '\n'; }) +
+           Repeated(size / 2, [](int i) { return "usemtl m" + Number(i) + '\n'; });
+}
+
+QByteArray ObjOfDeepIndices(int size)
+{
+    return "v 0 0 0\n" + Repeated(size, "f 1/1/1 -2147483648//2147483647 99999999999999999999/2/3\n");
+}
+
+QByteArray MtlOfEqualNames(int size)
+{
+    return Repeated(size, "newmtl a\n");
+}
+
+QByteArray MtlOfMissingPictures(int size)
+{
+    return Repeated(size, [](int i) { return "newmtl m\nmap_Kd p" + Number(i) + ".png\n"; });
+}
+
+QByteArray MtlOfOnePicture(int size)
+{
+    return Repeated(size, "newmtl m\nmap_Kd p.png\nbump p.png\n");
+}
+
+QByteArray MtlOfNumbersForNames(int size)
+{
+    return Repeated(size, "newmtl m\nmap_Kd -o 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 p.png\n");
+}
+
+QByteArray MtlOfOneStatement(int size)
+{
+    return "newmtl m\nmap_Kd" + Repeated(size, " -o 1") + " p.png\n";
+}
+
+// ---- 3MF
+
+QByteArray Package(const QByteArray& model)
+{
+    return ZipBuilder()
+        .Add("[Content_Types].xml",
+             "<Types><Default Extension='model' "
+             "ContentType='application/vnd.ms-package.3dmanufacturing-3dmodel+xml'/></Types>")
+        .Add("3D/3dmodel.model", model)
+        .Bytes();
+}
+
+/// A package whose model part has so many bytes; deflated it has far fewer.
+QByteArray PackageOf(const QByteArray& resources, const QByteArray& build = QByteArray())
+{
+    return Package("<model><resources>" + resources + "</resources><build>" + build + "</build></model>");
+}
+
+QByteArray PackageOfManyObjects(int size)
+{
+    return PackageOf(Repeated(size, [](int i) { return "<object id='" + Number(i) + "'/>"; }));
+}
+
+/// Every item places every object.
+QByteArray PackageOfEqualIds(int size)
+{
+    return PackageOf(Repeated(size / 2, "<object id='1'/>"),
+                     Repeated(size / 2, "<item objectid='1' transform='2 0 0 0 1 0 0 0 1 0 0 0'/>"));
+}
+
+QByteArray PackageOfComponents(int size)
+{
+    return PackageOf(Repeated(size / 4, "<object id='1'/>") +
+                     Repeated(size * 3 / 4, "<object id='2'><components><component objectid='1' "
+                                            "transform='2 0 0 0 1 0 0 0 1 0 0 0'/></components></object>"));
+}
+
+QByteArray PackageOfDeepElements(int size)
+{
+    return Package(Repeated(size / 2, "<a>") + Repeated(size / 2, "</a>"));
+}
+
+QByteArray PackageOfNamespaces(int size)
+{
+    return Package(Repeated(size, [](int i) { return "<a xmlns:p" + Number(i) + "='u'>"; }));
+}
+
+QByteArray PackageOfAttributes(int size)
+{
+    return Package("<model " + Repeated(size, [](int i) { return " a" + Number(i) + "=''"; }) + "></model>");
+}
+
+QByteArray PackageOfDefaultAttributes(int size)
+{
+    return Package("<!DOCTYPE model [" +
+                   Repeated(size * 3 / 4, [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA ''>"; }) +
+                   "]><model>" + Repeated(size / 4, "<a/>") + "</model>");
+}
+
+QByteArray PackageOfEntities(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY e '" + QByteArray(4000, 'e') +
+                   "'>]><model><metadata name='n'>" + Repeated(size, "&e;") + "</metadata></model>");
+}
+
+QByteArray PackageOfMetadata(int size)
+{
+    return Package("<model>" +
+                   Repeated(size, [](int i) { return "<metadata name='" + Number(i) + "'>x</metadata>"; }) +
+                   "</model>");
+}
+
+QByteArray PackageOfShortRows(int size)
+{
+    return PackageOf("<object id='1'><mesh><vertices>" +
+                     Repeated(size, "<vertex x='0' y='1' z='2'/><!-- -->") + "</vertices></mesh></object>");
+}
+
+/// As many entries as there is room for, all of them model parts.
+QByteArray PackageOfManyParts(int size)
+{
+    ZipBuilder zip;
+    zip.Add("[Content_Types].xml",
+            "<Types><Default Extension='model' "
+            "ContentType='application/vnd.ms-package.3dmanufacturing-3dmodel+xml'/></Types>");
+    for (int i = 0; i < size / 200; ++i)
+        zip.Add(Number(i) + ".model", "<model><resources><object id='1'/></resources></model>");
+    return zip.Bytes();
+}
+
+/// A bomb: blanks, a thousand times as many as bytes.
+QByteArray PackageOfBlanks(int size)
+{
+    return Package("<model>" + QByteArray(int(qMin(size * 1000LL, 1000LL << 20)), ' ') + "</model>");
+}
+
+// ---- texture and path files
+
+QByteArray TextureOfEqualKeys(int size)
+{
+    return "{" + Repeated(size, "\"image_data\": \"\", ") + "\"version\": 1}";
+}
+
+QByteArray TextureOfManyKeys(int size)
+{
+    return "{" + Repeated(size, [](int i) { return "\"k" + Number(i) + "\": 1, "; }) + "\"version\": 1}";
+}
+
+QByteArray TextureOfNesting(int size)
+{
+    return Repeated(size / 2, "{\"a\":") + "1" + QByteArray(size / 2, '}');
+}
+
+QByteArray TextureOfEscapes(int size)
+{
+    return "{\"image_data\": \"" + Repeated(size, "\\u0041\\/") + "\"}";
+}
+
+QByteArray TextureOfNoBase64(int size)
+{
+    return "{\"image_data\": \"" + QByteArray(size, '*') + "\"}";
+}
+
+QByteArray Integers(std::initializer_list<qint32> values)
+{
+    QByteArray bytes;
+    for (const qint32 value : values) {
+        char stored[sizeof value];
+        qToLittleEndian(value, stored);
+        bytes.append(stored, sizeof stored);
+    }
+    return bytes;
+}
+
+QByteArray PathsOfEqualIds(int size)
+{
+    return Integers({size / 12}) + Integers({1, 0, 0}).repeated(size / 12);
+}
+
+QByteArray PathsOfManyIds(int size)
+{
+    const int count = size / 12;
+    return Integers({count}) + Repeated(size, [count](int i) { return Integers({count - i, 0, 0}); });
+}
+
+QByteArray PathsOfEmptyContours(int size)
+{
+    return Integers({1, 1, 0, size / 4}) + QByteArray(size, '\0');
+}
+
+QByteArray PathsOfOneName(int size)
+{
+    return Integers({1, 1, size}) + QByteArray(size, 'Q') + Integers({0});
+}
+
+} // namespace
+
+const std::vector<SlowInput>& SlowInputs()
+{
+    const auto stl = ReaderNamed("BinaryStl").read;
+    const auto obj = ReaderNamed("Obj").read;
+    const auto mtl = ReaderNamed("Mtl").read;
+    const auto package = ReaderNamed("ThreeMf").read;
+    const auto texture = ReaderNamed("Texture").read;
+    const auto path = ReaderNamed("Path").read;
+    static const std::vector<SlowInput> kInputs = {
+        {"StlOfEqualFacets", "model.stl", StlOfEqualFacets, stl},
+        {"StlOfEqualEdges", "model.stl", StlOfEqualEdges, stl},
+        {"StlOfOneFan", "model.stl", StlOfOneFan, stl},
+        {"StlOfOneJitteredFan", "model.stl", StlOfOneJitteredFan, stl},
+        {"StlOfCrowdedEdges", "model.stl", StlOfCrowdedEdges, stl},
+        {"StlOfNoNumbers", "model.stl", StlOfNoNumbers, stl},
+        {"StlOfSpikes", "model.stl", StlOfSpikes, stl},
+        {"StlOfOneToken", "model.stl", StlOfOneToken, stl},
+        {"StlOfSolidsThatEnd", "model.stl", StlOfSolidsThatEnd, stl},
+        {"StlOfLongNumbers", "model.stl", StlOfLongNumbers, stl},
+        {"StlOfOpenSolids", "model.stl", StlOfOpenSolids, stl},
+        {"ObjOfOnePolygon", "model.obj", ObjOfOnePolygon, obj},
+        {"ObjOfOneLine", "model.obj", ObjOfOneLine, obj},
+        {"ObjOfJoinedLines", "model.obj", ObjOfJoinedLines, obj},
+        {"ObjOfEqualNames", "model.obj", ObjOfEqualNames, obj},
+        {"ObjOfManyNames", "model.obj", ObjOfManyNames, obj},
+        {"ObjOfManyLibraries", "model.obj", ObjOfManyLibraries, obj},
+        {"ObjThatIsItsLibrary", "model.obj", ObjThatIsItsLibrary, obj},
+        {"ObjOfDeepIndices", "model.obj", ObjOfDeepIndices, obj},
+        {"MtlOfEqualNames", "library.mtl", MtlOfEqualNames, mtl},
+        {"MtlOfMissingPictures", "library.mtl", MtlOfMissingPictures, mtl},
+        {"MtlOfOnePicture", "library.mtl", MtlOfOnePicture, mtl},
+        {"MtlOfNumbersForNames", "library.mtl", MtlOfNumbersForNames, mtl},
+        {"MtlOfOneStatement", "library.mtl", MtlOfOneStatement, mtl},
+        {"PackageOfManyObjects", "model.3mf", PackageOfManyObjects, package},
+        {"PackageOfEqualIds", "model.3mf", PackageOfEqualIds, package},
+        {"PackageOfComponents", "model.3mf", PackageOfComponents, package},
+        {"PackageOfDeepElements", "model.3mf", PackageOfDeepElements, package},
+        {"PackageOfNamespaces", "model.3mf", PackageOfNamespaces, package},
+        {"PackageOfAttributes", "model.3mf", PackageOfAttributes, package},
+        {"PackageOfDefaultAttributes", "model.3mf", PackageOfDefaultAttributes, package},
+        {"PackageOfEntities", "model.3mf", PackageOfEntities, package},
+        {"PackageOfMetadata", "model.3mf", PackageOfMetadata, package},
+        {"PackageOfShortRows", "model.3mf", PackageOfShortRows, package},
+        {"PackageOfManyParts", "model.3mf", PackageOfManyParts, package},
+        {"PackageOfBlanks", "model.3mf", PackageOfBlanks, package},
+        {"TextureOfEqualKeys", "wood.texture", TextureOfEqualKeys, texture},
+        {"TextureOfManyKeys", "wood.texture", TextureOfManyKeys, texture},
+        {"TextureOfNesting", "wood.texture", TextureOfNesting, texture},
+        {"TextureOfEscapes", "wood.texture", TextureOfEscapes, texture},
+        {"TextureOfNoBase64", "wood.texture", TextureOfNoBase64, texture},
+        {"PathsOfEqualIds", "cut.path", PathsOfEqualIds, path},
+        {"PathsOfManyIds", "cut.path", PathsOfManyIds, path},
+        {"PathsOfEmptyContours", "cut.path", PathsOfEmptyContours, path},
+        {"PathsOfOneName", "cut.path", PathsOfOneName, path},
+    };
+    return kInputs;
+}
+
+} // namespace test

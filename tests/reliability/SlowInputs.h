@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include <QByteArray>
+
+namespace test {
+
+/// A file that asks for as much work as its size allows.
+struct SlowInput {
+    const char* name;
+    const char* fileName;
+    /// @param size  of the file in bytes, about
+    QByteArray (*make)(int size);
+    /// As Reader::read of Formats.h; empty when the file is refused.
+    QByteArray (*read)(const QString& path);
+};
+
+const std::vector<SlowInput>& SlowInputs();
+
+} // namespace test
