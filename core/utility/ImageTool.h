@@ -61,7 +61,8 @@ public:
     /// Opaque pixels keep their colour exactly.
     static void ConvertToTextureImageAndFixBackground(QImage& image);
 
-    /// Encodes raw pixels as an image file into @p out, which is emptied first and stays empty on failure.
+    /// Encodes @p width x @p height raw pixels as an image file into @p out, which is emptied first and
+    /// stays empty on failure.
     /// @param in             rows from the top, tightly packed; what follows the last row is ignored. May be
     /// @p out
     /// @param format         any format of whole bytes a pixel but QImage::Format_Indexed8, whose colours are

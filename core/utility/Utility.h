@@ -76,7 +76,8 @@ public:
     /// @param error  a JsonFileError, JsonNoError on success
     [[nodiscard]] static bool LoadJsonFile(QJsonObject& out, const QString& path, int& error);
 
-    /// Reads the bytes of a file as LoadJsonFile() does before it parses them, with the same limits.
+    /// Reads the bytes of the file @p path as LoadJsonFile() does before it parses them, with the same
+    /// limits.
     /// @param out    replaced on success, else left as it was
     /// @param error  JsonNoError, JsonFileUnreadable or JsonFileTooLarge
     [[nodiscard]] static bool LoadJsonBytes(QByteArray& out, const QString& path, int& error);
@@ -92,10 +93,11 @@ public:
     /// Replaces @p out with @p object as a JSON document in UTF-8.
     static void GetJsonBuffer(const QJsonObject& object, QByteArray& out, QJsonDocument::JsonFormat format);
 
-    /// Stores @p value under @p key, rounded to the given number of decimal places: the double nearest to the
-    /// decimal number, so that its JSON text has no more places. The exact value is rounded, a tie away from
-    /// zero (0.125 to 0.13; 1.005, which lies below its text, to 1). What rounds to zero is stored as 0
-    /// without a sign. JSON has no infinity and no NaN: these are stored as null, which readers take as 0.
+    /// Stores @p value in @p object under @p key, rounded to the given number of decimal places: the
+    /// double nearest to the decimal number, so that its JSON text has no more places. The exact value is
+    /// rounded, a tie away from zero (0.125 to 0.13; 1.005, which lies below its text, to 1). What rounds
+    /// to zero is stored as 0 without a sign. JSON has no infinity and no NaN: these are stored as null,
+    /// which readers take as 0.
     /// @param key       UTF-8
     /// @param decimals  below 0 counts as 0
     static void AddDoubleValueToJsonObj(QJsonObject& object, const std::string& key, double value,

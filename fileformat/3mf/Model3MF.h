@@ -129,13 +129,14 @@ public:
     /// calls entered.
     void ReadComponentsformId();
 
-    /// Writes a package, replacing the file: content types, the image if there is one, the model and the
-    /// relationships. Objects are numbered from 1 in their order, whatever their meshes' ids are; coordinates
-    /// have six significant digits, neither transformed nor scaled. An object is placed by its transform with
-    /// the translation replaced by position + offset + @p offset. Unit, metadata, colours and image are this
-    /// object's. The relationships name the image as "/Metadata/thumbnail.png" whatever its name is.
-    /// Characters that XML cannot hold are left out. All vertices and faces of the lists are written,
-    /// whatever the counts of the mesh are; no index is checked.
+    /// Writes a package, replacing the file @p fileName: content types, the image if there is one, the
+    /// model and the relationships. Objects are numbered from 1 in their order, whatever their meshes'
+    /// ids are; coordinates have six significant digits, neither transformed nor scaled. An object is
+    /// placed by its transform with the translation replaced by position + offset + @p offset. Unit,
+    /// metadata, colours and image are this object's. The relationships name the image as
+    /// "/Metadata/thumbnail.png" whatever its name is. Characters that XML cannot hold are left out. All
+    /// vertices and faces of the lists are written, whatever the counts of the mesh are; no index is
+    /// checked.
     /// @param objects  with a mesh each
     /// @return false when the archive cannot be created. Later errors of writing are not reported
     /// @throws std::bad_alloc when memory runs out, or the model part, which is built in memory, would be

@@ -89,11 +89,11 @@ public:
                                           int textureLoadOption);
 
     /// @{
-    /// Writes meshes into one OBJ file as one group "Mesh1", replacing the file. Vertices are written as the
-    /// mesh holds them, without its transform, with six fixed decimals. Only what faces use is written, once
-    /// each, in the order in which they first use it, so the numbers in the file are not those of the mesh. A
-    /// mesh that is listed twice is written twice; a face count below 0 counts as 0. No material library is
-    /// written.
+    /// Writes @p meshes into the OBJ file @p fileName as one group "Mesh1", replacing it. Vertices are
+    /// written as the mesh holds them, without its transform, with six fixed decimals. Only what faces
+    /// use is written, once each, in the order in which they first use it, so the numbers in the file are
+    /// not those of the mesh. A mesh that is listed twice is written twice; a face count below 0 counts
+    /// as 0. No material library is written.
     ///
     /// @param textureFlags  one a mesh: write its texture coordinates, if it has as many texture faces as
     ///                      faces; otherwise it is written without. A missing flag counts as false, further

@@ -33,7 +33,8 @@ public:
     /// The contours of each set by its id.
     using Paths = std::map<int, std::vector<Contour>>;
 
-    /// Writes path sets into one file, replacing it. Coordinates are stored bit for bit.
+    /// Writes the path sets @p paths into the file @p fileName, replacing it. Coordinates are stored bit
+    /// for bit.
     /// @param names  by the id of their set, UTF-8; what is no UTF-8 becomes U+FFFD, a byte-order mark at the
     ///               beginning is dropped. A set that is not in here has no name, a name without a set is not
     ///               written
@@ -43,7 +44,8 @@ public:
     [[nodiscard]] static bool WriteDXFPathFile(const Paths& paths, const std::map<int, std::string>& names,
                                                const QString& fileName);
 
-    /// Reads a path file. Both maps are emptied first and stay empty on failure and when an exception passes.
+    /// Reads the path file @p fileName. Both maps, @p paths and @p names, are emptied first and stay
+    /// empty on failure and when an exception passes.
     ///
     /// A count of 0 or less means that nothing follows on its level. Of sets with the same id the last one
     /// counts. What stands behind the last set is passed over.

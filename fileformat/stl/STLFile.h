@@ -85,10 +85,10 @@ public:
     static void getNextToken(QFile& file, char* buffer, int bufferSize);
 
     /// @{
-    /// Writes meshes into one STL file, replacing it: text with a solid "model" for each mesh, or binary with
-    /// one header, one count and all facets in order. Vertices are written as the mesh holds them, without
-    /// its transform; normals follow the corners' winding and are (0, 0, 0) for a facet without area. A face
-    /// count below 0 counts as 0.
+    /// Writes @p meshes into the STL file @p fileName, replacing it: text with a solid "model" for each
+    /// mesh, or binary with one header, one count and all facets in order. Vertices are written as the
+    /// mesh holds them, without its transform; normals follow the corners' winding and are (0, 0, 0) for
+    /// a facet without area. A face count below 0 counts as 0.
     /// @param ascii       text with six fixed decimals, or binary
     /// @param headerSize  bytes of the binary header, 80 in ordinary files: "STL EXPORTED BY LOFTMAREN. "
     ///                    with date and time, cut off or followed by zeros; below 0 counts as 0

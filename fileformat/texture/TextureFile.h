@@ -38,7 +38,7 @@ public:
 
     /// Takes over a texture of a mesh, whose pixels run bottom row first; the picture is the right way up.
     /// The name is that of the info's file without directory and last extension, "untitled" when nothing but
-    /// blanks is left of it; the identifier is made from it.
+    /// blanks is left of it; the identifier is made from it in @p nameSpace.
     /// @param parameters  all of them are copied, the matrix as it is
     /// @return false, with nothing changed, for a null @p info or one whose isValidSize() is false
     [[nodiscard]] bool Load(const MeshTextureInfo* info, const MeshMaterialParameters& parameters,

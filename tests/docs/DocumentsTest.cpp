@@ -223,4 +223,43 @@ TEST(Documents, OfTheManualAreAllThereAre)
         EXPECT_TRUE(input.contains(QLatin1Char('"') + Source(page) + QLatin1Char('"'))) << page.toStdString();
 }
 
+/// The names of what a declaration takes.
+QStringList ParametersOf(const QString& declaration)
+{
+    const int begin = declaration.indexOf(QLatin1Char('(')) + 1;
+    QString list = declaration.mid(begin, declaration.lastIndexOf(QLatin1Char(')')) - begin);
+    const QRegularExpression innermost(QStringLiteral("<[^<>]*>"));
+    while (list.contains(innermost))
+        list.remove(innermost);
+    QStringList names;
+    const QRegularExpression name(QStringLiteral("(\\w+)\\s*$"));
+    for (const QString& parameter : list.split(QLatin1Char(',')))
+        names << name.match(parameter).captured(1);
+    return names;
+}
+
+TEST(PublicHeaders, SpeakOfEachParameterWhereTheyListSome)
+{
+    const QRegularExpression header(QStringLiteral("\"([^\"]+\\.h)\""));
+    const QRegularExpression documented(QStringLiteral("((?:^ *///.*\\n)+)((?:(?! *///).+\\n)*?[^;{]*?[;{])"),
+                                        QRegularExpression::MultilineOption);
+    int count = 0;
+    for (auto headers = header.globalMatch(Text(QStringLiteral(KRCORE_BUILD "/docs/Doxyfile")));
+         headers.hasNext();)
+        for (auto all = documented.globalMatch(Text(headers.next().captured(1))); all.hasNext();) {
+            const QRegularExpressionMatch operation = all.next();
+            const QString comment = operation.captured(1);
+            if (!comment.contains(QStringLiteral("@param")) ||
+                !operation.captured(2).contains(QLatin1Char('(')))
+                continue;
+            for (const QString& name : ParametersOf(operation.captured(2))) {
+                const bool isThere =
+                    comment.contains(QRegularExpression(QStringLiteral("\\b%1\\b").arg(name)));
+                EXPECT_TRUE(isThere) << name.toStdString() << "\n" << operation.captured(0).toStdString();
+                ++count;
+            }
+        }
+    EXPECT_GE(count, 80);
+}
+
 } // namespace
