@@ -10,6 +10,7 @@
 #include "fileformat/3mf/Model3MF.h"
 #include "fileformat/3mf/Placements_p.h"
 #include "fileformat/3mf/SetAside_p.h"
+#include "fileformat/3mf/Textures_p.h"
 
 namespace {
 
@@ -262,11 +263,7 @@ bool Model3MF::ParserTexture(QXmlStreamReader& reader)
         return false;
     TextureGroup group;
     group.id = attributes.Integer("id");
-    const int textureId = attributes.Integer("texid");
-    const auto texture = std::find_if(m_textures.begin(), m_textures.end(),
-                                      [=](const Texture& candidate) { return candidate.id == textureId; });
-    if (texture != m_textures.end())
-        group.texture = *texture;
+    group.texture = kr::package3mf::FindTexture(m_textures, attributes.Integer("texid"));
     ReadCoordinates(reader, group);
     m_textureGroups.push_back(std::move(group));
     return true;

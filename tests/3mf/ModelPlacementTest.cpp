@@ -156,6 +156,13 @@ TEST(Model3MFPlacement, LeavesTheMatrixToAComponentWithoutTransform)
     EXPECT_EQ(Transform(model.Object(0)), kMove);
 }
 
+TEST(Model3MFPlacement, SetsTheIdentityForAnEmptyTransformOfAComponent)
+{
+    OwnedModel model;
+    Load(model, Object(1) + Components(2, Component(1, kMove)) + Components(3, Component(1, "")));
+    EXPECT_EQ(Transform(model.Object(0)), "1 0 0 0 1 0 0 0 1 0 0 0");
+}
+
 TEST(Model3MFPlacement, LetsLaterComponentsWin)
 {
     OwnedModel model;

@@ -157,8 +157,38 @@ TEST(Model3MFReader, HoldsNothingAtFirst)
     EXPECT_TRUE(model.GetMaterial().colors.empty());
     EXPECT_TRUE(model.GetDescription().isEmpty());
     EXPECT_TRUE(model.GetComponentMembers().isEmpty());
+    EXPECT_TRUE(model.GetTextures().empty());
+    EXPECT_TRUE(model.GetTextureGroups().empty());
+    EXPECT_TRUE(model.GetTextureImages().isEmpty());
     EXPECT_TRUE(model.GetModelExtension().isNull());
     EXPECT_TRUE(model.GetRelsExtension().isNull());
+}
+
+TEST(Model3MFRecords, StartWithTheirDefaults)
+{
+    const Model3MF::ModelObjectInfo object;
+    EXPECT_EQ(object.mesh, nullptr);
+    EXPECT_TRUE(object.name.isNull());
+    EXPECT_EQ(object.position, Vector3D<float>(0, 0, 0));
+    EXPECT_EQ(object.offset, Vector3D<float>(0, 0, 0));
+    EXPECT_EQ(Model3MF::ConvertFromMatTo3MFMatStr(object.transform), Text("1 0 0 0 1 0 0 0 1 0 0 0"));
+    EXPECT_EQ(Model3MF::BaseMaterial().id, -1);
+    EXPECT_EQ(Model3MF::Texture().id, -1);
+    EXPECT_EQ(Model3MF::TextureGroup().id, -1);
+    EXPECT_EQ(Model3MF::TextureGroup().texture.id, -1);
+}
+
+TEST(Model3MFRecords, OfAnObjectTakeTheirFieldsInOrder)
+{
+    Mesh mesh(0.03f);
+    Matrix4<double> transform;
+    transform.set(0, 1, 5);
+    const Model3MF::ModelObjectInfo object{&mesh, {1, 2, 3}, {4, 5, 6}, transform, Text("n")};
+    EXPECT_EQ(object.mesh, &mesh);
+    EXPECT_EQ(object.position, Vector3D<float>(1, 2, 3));
+    EXPECT_EQ(object.offset, Vector3D<float>(4, 5, 6));
+    EXPECT_EQ(object.transform.get(0, 1), 5);
+    EXPECT_EQ(object.name, Text("n"));
 }
 
 TEST(Model3MFReader, ReadsAModel)
@@ -273,6 +303,16 @@ TEST(Model3MFReader, ReadsTrianglesWithPropertiesAsPlainOnes)
     EXPECT_EQ(FacesOf("<triangle pid='1' v3='2' p1='3' v2='1' v1='0'/>"), (Faces{{0, 1, 2}}));
 }
 
+TEST(Model3MFReader, GivesMeshesTheirMergeDistance)
+{
+    OwnedModel model;
+    Load(model, "<model><object><mesh><vertex/><vertex x='0.02'/><vertex x='1'/><vertex x='1.04'/></mesh>"
+                "</object></model>");
+    Mesh& mesh = *model.GetObjects().at(0);
+    mesh.PostProcess(true, false, false, false, nullptr, nullptr);
+    EXPECT_EQ(*mesh.GetVerticesVecPtr(), (Points{{0, 0, 0}, {1, 0, 0}, {1.04f, 0, 0}}));
+}
+
 TEST(Model3MFReader, MergesNoVertices)
 {
     EXPECT_EQ(VerticesOf("<vertex x='1'/><vertex x='1'/>"), (Points{{1, 0, 0}, {1, 0, 0}}));
@@ -320,6 +360,17 @@ TEST(Model3MFReader, EndsAnObjectAtTheFirstEndOfAnObject)
                 "<vertex x='3'/></mesh></object></model>");
     ASSERT_EQ(model.GetObjects().size(), 1U);
     EXPECT_EQ(*model.Object(0).GetVerticesVecPtr(), (Points{{1, 0, 0}, {2, 0, 0}}));
+}
+
+TEST(Model3MFReader, TakesAnInnerObjectForTheMesh)
+{
+    OwnedModel model;
+    Load(model, "<model><object id='1' name='a'><object id='2' name='b'><vertex x='5'/></object>"
+                "<vertex x='6'/></object></model>");
+    ASSERT_EQ(model.GetObjects().size(), 1U);
+    EXPECT_EQ(model.Object(0).GetObjectID(), 1);
+    EXPECT_EQ(model.Object(0).GetObjectName(), Text("a"));
+    EXPECT_EQ(*model.Object(0).GetVerticesVecPtr(), (Points{{5, 0, 0}}));
 }
 
 TEST(Model3MFReader, TakesWhatComesFirstOfMeshAndComponents)

@@ -196,6 +196,16 @@ TEST(PackageReader, LastContentTypesCount)
     EXPECT_THAT(ObjectIds(package), ElementsAre(2));
 }
 
+TEST(PackageReader, TakesContentTypesThemselvesForModelWhenEveryNameEndsWithExtension)
+{
+    OwnedPackage package;
+    ASSERT_TRUE(package.LoadBytes(
+        ZipBuilder()
+            .Add(kContentTypesName, OverridingContentTypes().replace("</Types>", "<object id='9'/></Types>"))
+            .Bytes()));
+    EXPECT_THAT(ObjectIds(package), ElementsAre(9));
+}
+
 TEST(PackageReader, FailsOnMalformedContentTypesBeforeAnyModel)
 {
     OwnedPackage package;
@@ -473,6 +483,37 @@ TEST(PackageReader, AddsToWhatAnEarlierLoadLeft)
     EXPECT_EQ(package.GetDescription().value(QStringLiteral("Title")), QStringLiteral("x"));
 }
 
+TEST(PackageReader, KeepsExtensionAndColoursOfAnEarlierLoadAndReplacesItsImage)
+{
+    const QByteArray colours =
+        "<model><basematerials id='4'><base displaycolor='a'/></basematerials></model>";
+    OwnedPackage package;
+    ASSERT_TRUE(
+        package.LoadBytes(UsualPackage().Add("a.model", colours).Add(kThumbnailName, "first").Bytes()));
+    ASSERT_TRUE(package.LoadBytes(
+        ZipBuilder().Add(kContentTypesName, "<Types/>").Add("Metadata/b.png", "second").Bytes()));
+    EXPECT_EQ(package.GetRelsExtension(), QStringLiteral("rels"));
+    EXPECT_EQ(package.GetMaterial().id, 4);
+    EXPECT_THAT(package.GetMaterial().colors, ElementsAre(QStringLiteral("a")));
+    EXPECT_EQ(package.ImageName(), QStringLiteral("Metadata/b.png"));
+    EXPECT_EQ(package.Image(), QByteArray("second"));
+}
+
+TEST(PackageReader, ReadsNoTextures)
+{
+    OwnedPackage package;
+    ASSERT_TRUE(package.LoadBytes(
+        UsualPackage()
+            .Add(kModelName,
+                 "<model><texture2d id='1' path='/3D/a.png' contenttype='image/png'/>"
+                 "<texture2dgroup id='2' texid='1'><tex2coord u='0' v='0'/></texture2dgroup></model>")
+            .Add("3D/a.png", "picture")
+            .Bytes()));
+    EXPECT_THAT(package.GetTextures(), IsEmpty());
+    EXPECT_THAT(package.GetTextureGroups(), IsEmpty());
+    EXPECT_TRUE(package.GetTextureImages().isEmpty());
+}
+
 TEST(PackageReader, LoadsOnSeveralThreadsAtOnce)
 {
     const test::Directory directory;
@@ -511,6 +552,20 @@ TEST(ContentTypes, NeedOnlyContainNameOfType)
     EXPECT_TRUE(package.LoadContentType(
         "<T><Default Extension='b' ContentType='package.3DMANUFACTURING-3dmodel+xml'/></T>"));
     EXPECT_EQ(package.GetModelExtension(), QStringLiteral("a")) << "letters are compared exactly";
+}
+
+TEST(ContentTypes, OfRelationshipsAreToldAsThoseOfModels)
+{
+    Model3MF package;
+    EXPECT_TRUE(
+        package.LoadContentType("<T><Default Extension='a' ContentType='package.RELATIONSHIPS+xml'/></T>"));
+    EXPECT_TRUE(package.GetRelsExtension().isNull()) << "letters are compared exactly";
+    EXPECT_TRUE(package.LoadContentType(
+        "<T><Override Extension='r' ContentType='x package.relationships+xml; charset=x'/></T>"));
+    EXPECT_EQ(package.GetRelsExtension(), QStringLiteral("r"));
+    EXPECT_TRUE(package.LoadContentType("<T><Default ContentType='package.relationships+xml'/></T>"));
+    EXPECT_TRUE(package.GetRelsExtension().isEmpty());
+    EXPECT_TRUE(package.GetModelExtension().isNull());
 }
 
 TEST(ContentTypes, AreThoseOfRelationshipsFirst)

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fileformat/3mf/Model3MF.h"
+#include "fileformat/3mf/Textures_p.h"
 
 namespace {
 
@@ -104,6 +104,23 @@ TEST(Model3MFTexture, HasTheDefaultTextureWhereNoneMatches)
     EXPECT_TRUE(groups[0].coords.empty());
 }
 
+TEST(Model3MFTexture, IsTheFirstOfItsIdAsAWhole)
+{
+    const auto text = [](const char* characters) { return QString::fromLatin1(characters); };
+    const std::vector<Model3MF::Texture> textures = {
+        {7, text("mirror"), text("clamp"), text("/a.jpg"), text("image/jpeg")},
+        {7, text("wrap"), text("wrap"), text("/b.png"), text("image/png")},
+        {0, text("none"), text("wrap"), text("/c.png"), text("image/png")}};
+    const Model3MF::Texture seven = kr::package3mf::FindTexture(textures, 7);
+    EXPECT_EQ(seven.id, 7);
+    EXPECT_EQ(seven.tileStyleU, text("mirror"));
+    EXPECT_EQ(seven.tileStyleV, text("clamp"));
+    EXPECT_EQ(seven.path, text("/a.jpg"));
+    EXPECT_EQ(seven.contentType, text("image/jpeg"));
+    EXPECT_EQ(kr::package3mf::FindTexture(textures, 0).path, text("/c.png")) << "as a missing texid reads";
+    EXPECT_EQ(kr::package3mf::FindTexture(textures, 9).id, -1);
+}
+
 TEST(Model3MFTexture, ReadsAGroupUpToItsEndTag)
 {
     Model3MF model;
@@ -142,6 +159,7 @@ TEST(Model3MFTexture, IsNotReadByALoad)
     EXPECT_TRUE(model.GetTextures().empty());
     EXPECT_TRUE(model.GetTextureGroups().empty());
     EXPECT_TRUE(model.GetTextureImages().isEmpty());
+    EXPECT_EQ(&model.GetTextureImages(), &model.GetTextureImages()) << "no copy";
 }
 
 TEST(Model3MFTexture, HandsOutCopiesOfItsGroups)

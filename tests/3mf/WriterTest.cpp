@@ -1,6 +1,7 @@
 #include <map>
 
 #include <QDateTime>
+#include <QXmlStreamReader>
 
 #include <JlCompress.h>
 #include <gmock/gmock.h>
@@ -237,6 +238,27 @@ TEST(PackageWriter, NumbersObjectsFromOneWhateverTheirMeshesIdsAre)
     EXPECT_THAT(model, Not(HasSubstr("of the mesh")));
 }
 
+TEST(PackageWriter, WritesOnlyTheObjectsItIsHandedAndNothingOfTheirMeshesPlacement)
+{
+    Mesh mesh = Triangle();
+    mesh.SetComponentsId(5);
+    mesh.SetTransformMatrix(Model3MF::ConvertFrom3MFMatStrToMat(QStringLiteral("2 0 0 0 2 0 0 0 2 7 8 9")));
+    SavedPackage package;
+    package.SetObjects({&mesh, &mesh});
+    QXmlStreamReader texture(QByteArray("<texture2dgroup id='3'><tex2coord u='1'/></texture2dgroup>"));
+    texture.readNextStartElement();
+    ASSERT_TRUE(package.ParserTexture(texture));
+    EXPECT_THAT(package.Model(), HasSubstr("<resources/>"));
+
+    package.objects = {ObjectOf(mesh)};
+    const std::string model = package.Model();
+    EXPECT_EQ(QByteArray::fromStdString(model).count("<object "), 1);
+    EXPECT_THAT(model, HasSubstr("transform=\"1 0 0 0 1 0 0 0 1 0 0 0\""));
+    EXPECT_THAT(model, HasSubstr("<vertex x=\"1\" y=\"0\" z=\"123.457\"/>"));
+    for (const char* const absent : {"component", "texture2d", "pid", "p1="})
+        EXPECT_THAT(model, Not(HasSubstr(absent)));
+}
+
 TEST(PackageWriter, AddsPositionOffsetAndOffsetOfPackage)
 {
     Mesh mesh = Triangle();
@@ -256,7 +278,10 @@ TEST(PackageWriter, AddsTranslationsInSinglePrecisionAndInOrder)
     package.objects[0].position = {1, 0, 0};
     package.objects[0].offset = {1e8f, 0, 0};
     package.offset = {-1e8f, 0, 0};
-    EXPECT_THAT(package.Model(), HasSubstr("1 0 0 0 1 0 0 0 1 0 0 0\""));
+    EXPECT_THAT(package.Model(), HasSubstr("1 0 0 0 1 0 0 0 1 0 0 0\"")) << "1 is lost beside 1e8";
+    package.objects[0].position = {1e8f, 0, 0};
+    package.objects[0].offset = {1, 0, 0};
+    EXPECT_THAT(package.Model(), HasSubstr("1 0 0 0 1 0 0 0 1 0 0 0\"")) << "position and offset come first";
 }
 
 TEST(PackageWriter, KeepsRotationAndDropsTranslationOfTransform)
@@ -314,6 +339,24 @@ TEST(PackageWriter, DeflatesEntriesAndLetsEverybodyReadAndWriteThem)
         EXPECT_GE(entry.dateTime, before);
         EXPECT_LE(entry.dateTime, QDateTime::currentDateTime().addSecs(3));
     }
+}
+
+TEST(PackageWriter, DeflatesAtTheDefaultLevel)
+{
+    QByteArray image;
+    for (int i = 0; i < 20'000; ++i)
+        image += QByteArray::number(i * 7919 % 1000) + (i % 3 ? " abc" : "\n");
+    SavedPackage package;
+    package.SetImage(image, QStringLiteral("Metadata/a.png"));
+    QuaZip archive(package.Save());
+    ASSERT_TRUE(archive.open(QuaZip::mdUnzip));
+    ASSERT_TRUE(archive.setCurrentFile(QStringLiteral("Metadata/a.png")));
+    QuaZipFileInfo64 entry;
+    ASSERT_TRUE(archive.getCurrentFileInfo(&entry));
+    const auto size = [&](int level) { return quint64(test::Deflate(image, Z_FINISH, level).size()); };
+    EXPECT_EQ(entry.compressedSize, size(Z_DEFAULT_COMPRESSION));
+    EXPECT_NE(entry.compressedSize, size(Z_BEST_SPEED));
+    EXPECT_NE(entry.compressedSize, size(Z_BEST_COMPRESSION));
 }
 
 TEST(PackageWriter, ReplacesFile)

@@ -25,10 +25,10 @@ struct ZipEntry {
 constexpr quint16 kIsEncrypted = 1;
 constexpr quint16 kNameIsUtf8 = 0x800;
 
-inline QByteArray Deflate(const QByteArray& content, int flush = Z_FINISH)
+inline QByteArray Deflate(const QByteArray& content, int flush = Z_FINISH, int level = Z_DEFAULT_COMPRESSION)
 {
     z_stream stream = {};
-    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    deflateInit2(&stream, level, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
     QByteArray plain = content;
     QByteArray deflated(static_cast<int>(deflateBound(&stream, static_cast<uLong>(content.size()))) + 16,
                         '\0');
