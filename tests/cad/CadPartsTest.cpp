@@ -193,6 +193,26 @@ TEST(CadShape, CarriesItsName)
     EXPECT_EQ(face->GetObjectName(), QStringLiteral("Face"));
 }
 
+TEST(CadShape, CountsWhatTheMergeLeft)
+{
+    const std::unique_ptr<Mesh> mesh = TessellateShape({Box(1, 2, 3), QString()}, {1, 20});
+    EXPECT_EQ(mesh->GetVertexNum(), 8);
+    EXPECT_EQ(mesh->GetFaceNum(), 12);
+    EXPECT_EQ(mesh->GetVerticesVecPtr()->size(), 8u);
+    EXPECT_EQ(mesh->GetFacesVecPtr()->size(), 12u);
+}
+
+TEST(CadShape, HasTheMergeDistanceOfItsMesh)
+{
+    for (const TopoDS_Shape& shape : {Box(1, 2, 3), TopoDS_Shape(RoundFace())}) {
+        const std::unique_ptr<Mesh> mesh = TessellateShape({shape, QString()}, {1, 20});
+        mesh->GetFacesVecPtr()->clear();
+        mesh->GetVerticesVecPtr()->assign({{0, 0, 0}, {0.02f, 0, 0}, {1, 0, 0}, {1.04f, 0, 0}});
+        mesh->PostProcess(true, false, false, false, nullptr, nullptr);
+        EXPECT_EQ(mesh->GetVertexNum(), 3);
+    }
+}
+
 TEST(CadShape, OfAReversedSolidIsTurnedInsideOut)
 {
     std::unique_ptr<Mesh> mesh = TessellateShape({Box(1, 2, 3), QString()}, {1, 20});

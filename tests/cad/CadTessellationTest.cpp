@@ -148,6 +148,22 @@ TEST_F(CadTessellation, SolidsOfAnySizeHaveTheSameTriangles)
         EXPECT_EQ(CadMeshes(STEP(Torus(10 * scale, 4 * scale)))[0].GetFaceNum(), faceCount) << scale;
 }
 
+TEST_F(CadTessellation, SolidsOfOneFileHaveEachADeflectionOfTheirOwn)
+{
+    const CadShape small = Torus(10, 4);
+    const CadShape both = Compound({small, Moved(Torus(1000, 400), {5000})});
+    std::vector<int> faceCounts;
+    for (const QString& path : Both(small))
+        faceCounts.push_back(CadMeshes(path)[0].GetFaceNum());
+    const QStringList paths = Both(both);
+    for (std::size_t i = 0; i < faceCounts.size(); ++i) {
+        const CadMeshes meshes(paths[int(i)]);
+        ASSERT_EQ(meshes.Count(), 2u) << i;
+        EXPECT_EQ(meshes[0].GetFaceNum(), faceCounts[i]);
+        EXPECT_EQ(meshes[1].GetFaceNum(), faceCounts[i]);
+    }
+}
+
 TEST_F(CadTessellation, AngleOfASolidIsInDegrees)
 {
     for (const QString& path : Both(Cylinder(25, 50))) {

@@ -54,10 +54,13 @@ protected:
         m_directory.Write(text, QString::fromLatin1(newName));
     }
 
-    /// Whether a load is refused; it ends in any case.
+    /// Whether a load is refused and leaves the caller's list alone; it ends in any case.
     bool IsRefused(const char* name)
     {
-        return !STEPAndIGESFile::LoadFile(Path(name), m_meshes, 1, 20, false) && m_meshes.empty();
+        Mesh other(0.03f);
+        std::vector<Mesh*> meshes = {&other};
+        return !STEPAndIGESFile::LoadFile(Path(name), meshes, 1, 20, false) &&
+               meshes == std::vector<Mesh*>{&other};
     }
 
     std::vector<Mesh*> m_meshes;
@@ -141,13 +144,22 @@ TEST_F(ExternalParts, ThatAreNoSTEPFilesAreLeftOut)
     EXPECT_DOUBLE_EQ(m_meshes[0]->GetVolume(), 8);
 }
 
-TEST_F(ExternalParts, ThatAreMissingGiveNothing)
+TEST_F(ExternalParts, ThatAreMissingAreLeftOut)
+{
+    ASSERT_TRUE(QFile::remove(Path("part-Small.stp")));
+    ASSERT_TRUE(STEPAndIGESFile::LoadFile(Path("main.stp"), m_meshes, 1, 20, false));
+    ASSERT_EQ(m_meshes.size(), 1u);
+    EXPECT_DOUBLE_EQ(m_meshes[0]->GetVolume(), 8);
+}
+
+TEST_F(ExternalParts, ThatAreAllMissingGiveNothing)
 {
     const QStringList parts = QDir(Path(".")).entryList({QStringLiteral("part-*")});
     ASSERT_EQ(parts.size(), 2);
     for (const QString& part : parts)
         ASSERT_TRUE(QFile::remove(QDir(Path(".")).filePath(part)));
     EXPECT_FALSE(STEPAndIGESFile::LoadFile(Path("main.stp"), m_meshes, 1, 20, false));
+    EXPECT_TRUE(m_meshes.empty());
 }
 
 } // namespace

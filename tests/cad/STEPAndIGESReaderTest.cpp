@@ -163,14 +163,13 @@ TEST_F(STEPAndIGESReader, RefusesTextOfAnotherKind)
     ExpectRefused(m_directory.Write(text, Text("cube.iges")));
 }
 
-TEST_F(STEPAndIGESReader, DocumentsWithoutAnEntityGiveNothing)
+TEST_F(STEPAndIGESReader, RefusesDocumentsWithoutAnEntity)
 {
     const char* const step = "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('none'),'2;1');\n"
                              "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n"
                              "ENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n";
-    CadMeshes stepMeshes(m_directory.Write(step, Text("none.step")));
-    EXPECT_FALSE(stepMeshes.IsLoaded());
-    EXPECT_EQ(stepMeshes.Count(), 0u);
+    ExpectRefused(m_directory.Write(step, Text("none.step")));
+    EXPECT_EQ(OpenDocumentCount(), 0);
 
     const QByteArray iges =
         QByteArray().leftJustified(72) + "S      1\n" +
@@ -182,9 +181,8 @@ TEST_F(STEPAndIGESReader, DocumentsWithoutAnEntityGiveNothing)
             .leftJustified(72)
             .left(72) +
         "G      2\n" + QByteArray("S      1G      2D      0P      0").leftJustified(72) + "T      1\n";
-    CadMeshes igesMeshes(m_directory.Write(iges, Text("none.iges")));
-    EXPECT_FALSE(igesMeshes.IsLoaded());
-    EXPECT_EQ(igesMeshes.Count(), 0u);
+    ExpectRefused(m_directory.Write(iges, Text("none.iges")));
+    EXPECT_EQ(OpenDocumentCount(), 0);
 }
 
 TEST_F(STEPAndIGESReader, ReadsFilesWithUnicodeNames)
@@ -534,7 +532,8 @@ TEST_F(STEPAndIGESReader, AnExceptionReachesTheCallerAndLeavesNothingOpen)
 {
     for (const QString& path : Both("base", {Pin(), Part(Text("Ball"), Sphere(3))}))
         for (const auto& [deflection, angle] : {std::pair(0.0, kAngle), std::pair(kDeflection, 0.0)}) {
-            std::vector<Mesh*> meshes;
+            Mesh other(0.03f);
+            std::vector<Mesh*> meshes = {&other};
             const double deflectionNow = deflection, angleNow = angle;
             EXPECT_TRUE(EndsInStandardFailure([&] {
                 static_cast<void>(STEPAndIGESFile::LoadFile(path, meshes, deflectionNow, angleNow));

@@ -1,9 +1,11 @@
 #include <BRepPrimAPI_MakeBox.hxx>
+#include <BRep_Builder.hxx>
 #include <TDF_ChildIterator.hxx>
 #include <TDataStd_Name.hxx>
 #include <TDocStd_Document.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopLoc_Location.hxx>
+#include <TopoDS_Compound.hxx>
 #include <XCAFApp_Application.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
@@ -70,6 +72,30 @@ TEST_F(ShapeWalk, ABlankLabelIsNone)
 {
     EXPECT_TRUE(Walk(Add(Box(), u"  "), QStringLiteral("root")).at(0).name.isEmpty());
     EXPECT_TRUE(Walk(Add(Box(), u"  ")).at(0).name.isEmpty());
+}
+
+TEST_F(ShapeWalk, ALabelWithoutANameHasNone)
+{
+    const TDF_Label label = Add(Box(), u"");
+    label.ForgetAttribute(TDataStd_Name::GetID());
+    EXPECT_TRUE(Walk(label, QStringLiteral("root")).at(0).name.isEmpty());
+    EXPECT_TRUE(Walk(label).at(0).name.isEmpty());
+}
+
+TEST_F(ShapeWalk, SolidsOfACompoundWithoutANameAreNumbersAlone)
+{
+    TopoDS_Compound compound;
+    BRep_Builder().MakeCompound(compound);
+    BRep_Builder().Add(compound, Box());
+    BRep_Builder().Add(compound, Box());
+    const TDF_Label label = Add(compound, u"");
+    label.ForgetAttribute(TDataStd_Name::GetID());
+    for (const QString& rootName : {QStringLiteral("root"), QString()}) {
+        const std::vector<PlacedShape> shapes = Walk(label, rootName);
+        ASSERT_EQ(shapes.size(), 2u);
+        EXPECT_EQ(shapes[0].name, QStringLiteral("1"));
+        EXPECT_EQ(shapes[1].name, QStringLiteral("2"));
+    }
 }
 
 TEST_F(ShapeWalk, ComparesALabelWithoutItsBlanksWithTheRoot)
