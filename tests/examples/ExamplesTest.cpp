@@ -15,6 +15,7 @@
 #include "fileformat/path/DXFPathFile.h"
 #include "fileformat/stl/STLFile.h"
 #include "fileformat/texture/TextureFile.h"
+#include "tests/cad/CadFiles.h"
 #include "tests/common/RunProgram.h"
 
 namespace {
@@ -243,6 +244,13 @@ TEST_F(Examples, BillOfMaterialsCountsThePartsOfFilesReadAtOnce)
               QStringLiteral("%1: 1 x block, 29.30 cm3 in all\n%1: 4 x screw, 2.22 cm3 in all\n"
                              "%2: 1 x block, 29.30 cm3 in all\n%2: 4 x screw, 2.22 cm3 in all\n")
                   .arg(first, second));
+}
+
+TEST_F(Examples, BillOfMaterialsReadsIGESToo)
+{
+    const QString file = Path("Kiste.igs");
+    ASSERT_TRUE(test::WriteIGES(file, {test::Part(QStringLiteral("box"), test::Box(10, 20, 30))}));
+    EXPECT_EQ(Output("BillOfMaterials", {file}), file + QStringLiteral(": 1 x box, 6.00 cm3 in all\n"));
 }
 
 TEST_F(Examples, BillOfMaterialsGoesOnAfterAFileThatCannotBeRead)
