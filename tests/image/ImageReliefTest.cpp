@@ -426,6 +426,13 @@ TEST(ImageRelief, JudgesByThePictureWhenItsHeaderTellsNothingOrLies)
     EXPECT_EQ(mesh.GetVertexNum(), 2 * 8 * 8);
 }
 
+TEST(ImageRelief, PictureThatIsEmptyOrCannotBeConvertedIsRefused)
+{
+    ExpectRefused(test::OddPictureFile({QSize(), QSize()}));
+    ExpectRefused(test::OddPictureFile({QSize(8, 8), QSize()}));
+    ExpectRefused(test::OddPictureFile({QSize(), {1 << 29, 1}, QImage::Format_Mono}));
+}
+
 TEST(ImageReliefThread, ReliefsAreMadeOnSeveralThreadsAtOnce)
 {
     const Directory directory;
