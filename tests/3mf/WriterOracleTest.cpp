@@ -139,6 +139,16 @@ TEST(ModelWriter, ReplacesTheDocument)
     EXPECT_TRUE(document.startsWith("<?xml"));
 }
 
+TEST(PackageDocuments, ReplaceWhatTheBytesHeld)
+{
+    QByteArray contentTypes = "old";
+    kr::package3mf::BuildContentTypes(contentTypes);
+    EXPECT_TRUE(contentTypes.startsWith("<?xml"));
+    QByteArray relationships = "old";
+    kr::package3mf::BuildPackageRelationships(true, relationships);
+    EXPECT_TRUE(relationships.startsWith("<?xml"));
+}
+
 TEST(TextureRelationships, CountFromTenInOrderOfPaths)
 {
     QByteArray document = "old";

@@ -113,6 +113,13 @@ TEST(ImageRelief, OfFourPixelsHasEightVerticesAndTwelveFaces)
     EXPECT_NEAR(mesh.GetVolume(), 4 * 2 * (1 + 2 * (2 + 3) + 6) / 6.0, 1e-12);
 }
 
+TEST(ImageRelief, TakesNoMoreMemoryThanItsListsAreLong)
+{
+    const Mesh mesh = ReliefOf(GreyPicture(3, std::vector<int>(3 * 5, 100)));
+    EXPECT_EQ(VerticesOf(mesh).capacity(), VerticesOf(mesh).size());
+    EXPECT_EQ(mesh.GetFacesVecPtr()->capacity(), mesh.GetFacesVecPtr()->size());
+}
+
 TEST(ImageRelief, NumbersTheBottomOnceAroundAndThenItsInside)
 {
     ReliefArguments arguments;

@@ -93,6 +93,19 @@ TEST_P(SilenceOfReader, IsKeptForWhatIsNoSuchFile)
     (void)Read(QByteArray(100'000, 'x'));
 }
 
+// This one opens as a plain file, and reading from it fails.
+TEST_P(SilenceOfReader, IsKeptForAFileOfWhichNoByteCanBeRead)
+{
+    ASSERT_TRUE(QFile::link(QStringLiteral("/proc/self/mem"), Path()));
+    QFile file(Path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    char byte = 0;
+    ASSERT_EQ(file.read(&byte, 1), -1);
+    file.close();
+    (void)Read();
+    EXPECT_FALSE(IsOpen(QStringLiteral("/proc/self/mem")));
+}
+
 TEST_P(SilenceOfReaderWithoutPictures, IsKeptForAFileThatIsCutShort)
 {
     GetParam().writeSample(Path());
