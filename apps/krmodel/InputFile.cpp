@@ -9,6 +9,9 @@ namespace krmodel {
 
 void RequireReadable(const QString& fileName)
 {
+    // Qt would print a warning of its own.
+    if (fileName.isEmpty())
+        throw Failure(ExitCode::CannotOpen, QStringLiteral("cannot open a file without a name"));
     QFile file(fileName);
     // Qt opens a directory without complaint and fails at the first read.
     if (QFileInfo(file).isDir())

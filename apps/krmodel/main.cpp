@@ -23,5 +23,7 @@ int main(int argc, char** argv)
 {
     // File names are UTF-8 on the systems that we run on, also where no locale is set up.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    // What goes wrong the program says itself; Qt would say some of it a second time.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     return int(krmodel::Guard([=] { return krmodel::Run(argc, argv); }));
 }

@@ -90,6 +90,17 @@ TEST_F(Krmodel, ReportsAMissingInputAndWritesNothing)
     EXPECT_EQ(Files(), QStringList());
 }
 
+TEST_F(Krmodel, SaysThatAFileWithoutANameCannotBeOpened)
+{
+    for (const char* line :
+         {"info %1", "check %1", "convert %1 a.stl", "preview %1 a.png", "relief %1 a.stl",
+          "texture make %1 a.texture", "texture show %1", "texture extract %1 a.png", "paths %1"}) {
+        const ProgramRun run = Run(Words(line, QString()));
+        EXPECT_EQ(run.exitCode, CannotOpen) << line;
+        EXPECT_EQ(run.errors, QStringLiteral("krmodel: cannot open a file without a name\n")) << line;
+    }
+}
+
 TEST_F(Krmodel, ReportsADirectoryAsOneThatCannotBeOpened)
 {
     EXPECT_TRUE(QDir().mkdir(Path("d.stl")));
