@@ -4,9 +4,12 @@
 #include <initializer_list>
 #include <utility>
 
+#include <QDir>
+#include <QFileInfo>
 #include <QJsonDocument>
 
 #include "apps/krmodel/Loss.h"
+#include "apps/krmodel/Materials.h"
 
 namespace krmodel {
 
@@ -74,6 +77,43 @@ QJsonValue JsonThumbnail(const Thumbnail& thumbnail)
     return Members({{"name", thumbnail.name}, {"bytes", thumbnail.bytes.size()}});
 }
 
+QJsonObject JsonTexture(const MaterialTexture& texture, const QDir& directory)
+{
+    const MeshTextureInfo& info = *texture.texture;
+    const auto side = [&](int pixels) { return info.isValidSize() ? QJsonValue(pixels) : QJsonValue(); };
+    return Members({
+        {"kind", QLatin1String(texture.kind)},
+        {"file", directory.relativeFilePath(QFileInfo(info.fileName).absoluteFilePath())},
+        {"width", side(info.width)},
+        {"height", side(info.height)},
+    });
+}
+
+QJsonObject JsonMaterial(const MaterialUse& use, const QDir& directory)
+{
+    const MeshMaterialInfo& material = *use.material;
+    QJsonArray textures;
+    for (const MaterialTexture& texture : TexturesOf(material))
+        textures.append(JsonTexture(texture, directory));
+    return Members({
+        {"name", QString::fromStdString(material.name)},
+        {"groups", use.groupCount},
+        {"firstFace", use.firstFaceIndex ? QJsonValue(*use.firstFaceIndex) : QJsonValue()},
+        {"faces", use.faceCount},
+        {"diffuse", IsDescribed(material) ? JsonPoint(material.diffuse) : QJsonValue()},
+        {"textures", textures},
+    });
+}
+
+QJsonArray JsonMaterials(const Model& model, const QString& fileName)
+{
+    const QDir directory = QFileInfo(fileName).absoluteDir();
+    QJsonArray list;
+    for (const MaterialUse& use : SumUpByName(model))
+        list.append(JsonMaterial(use, directory));
+    return list;
+}
+
 QJsonArray JsonRemarks(const std::vector<Remark>& remarks)
 {
     QJsonArray list;
@@ -127,6 +167,7 @@ QJsonObject DescribeModel(const LoadedModel& loaded, const QString& fileName)
         {"objects", objects},
         {"metadata", metadata},
         {"colours", colours},
+        {"materials", JsonMaterials(model, fileName)},
         {"thumbnail", JsonThumbnail(model.thumbnail)},
         {"losses", DescribeLosses(FindInputLosses(format, fileName, model))},
     });

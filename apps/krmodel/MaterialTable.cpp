@@ -34,22 +34,13 @@ QString SizeText(const MeshTextureInfo& texture)
 /// "wood.png 64 x 64, bump wood-grain.png missing"
 QString TexturesText(const MeshMaterialInfo& material, const QDir& directory)
 {
-    const struct {
-        const char* label;
-        const MeshTextureInfo& texture;
-    } textures[] = {
-        {"", material.diffuseTexture},
-        {"emissive ", material.emissiveTexture},
-        {"opacity ", material.opacityTexture},
-        {"bump ", material.bumpTexture},
-    };
     QStringList texts;
-    for (const auto& [label, texture] : textures)
-        if (!texture.fileName.isEmpty()) {
-            const QString path = QFileInfo(texture.fileName).absoluteFilePath();
-            texts << QLatin1String(label) + NameText(directory.relativeFilePath(path)) + QLatin1Char(' ') +
-                         SizeText(texture);
-        }
+    for (const auto& [kind, texture] : TexturesOf(material)) {
+        const bool isUsual = texture == &material.diffuseTexture;
+        const QString label = isUsual ? QString() : QLatin1String(kind) + QLatin1Char(' ');
+        const QString path = QFileInfo(texture->fileName).absoluteFilePath();
+        texts << label + NameText(directory.relativeFilePath(path)) + QLatin1Char(' ') + SizeText(*texture);
+    }
     return texts.join(QStringLiteral(", "));
 }
 

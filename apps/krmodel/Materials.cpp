@@ -8,15 +8,6 @@ namespace krmodel {
 
 namespace {
 
-bool NamesTexture(const MeshMaterialInfo& material)
-{
-    for (const MeshTextureInfo* texture : {&material.diffuseTexture, &material.emissiveTexture,
-                                           &material.opacityTexture, &material.bumpTexture})
-        if (!texture->fileName.isEmpty())
-            return true;
-    return false;
-}
-
 bool HasFaces(const MeshTextureGroup& group)
 {
     return group.firstFaceIndex >= 0;
@@ -75,7 +66,20 @@ bool IsDescribed(const MeshMaterialInfo& material)
     return material.hasAmbient || material.hasDiffuse || material.hasSpecular || material.hasEmissive ||
            material.illum != silent.illum || material.specularExponent != silent.specularExponent ||
            material.refractionIndex != silent.refractionIndex || material.opacity != silent.opacity ||
-           NamesTexture(material);
+           !TexturesOf(material).empty();
+}
+
+std::vector<MaterialTexture> TexturesOf(const MeshMaterialInfo& material)
+{
+    std::vector<MaterialTexture> textures = {{"diffuse", &material.diffuseTexture},
+                                             {"emissive", &material.emissiveTexture},
+                                             {"opacity", &material.opacityTexture},
+                                             {"bump", &material.bumpTexture}};
+    const auto isNameless = [](const MaterialTexture& texture) {
+        return texture.texture->fileName.isEmpty();
+    };
+    textures.erase(std::remove_if(textures.begin(), textures.end(), isNameless), textures.end());
+    return textures;
 }
 
 std::vector<int> GroupOfEachFace(const Model& model)

@@ -22,6 +22,13 @@ std::vector<MaterialUse> SumUpByName(const Model& model);
 /// from one without a statement.
 bool IsDescribed(const MeshMaterialInfo& material);
 
+/// A picture that a material names.
+struct MaterialTexture {
+    const char* kind; ///< "diffuse", "emissive", "opacity" or "bump"
+    const MeshTextureInfo* texture;
+};
+std::vector<MaterialTexture> TexturesOf(const MeshMaterialInfo& material);
+
 /// For each face of a model's first mesh the index of its group, -1 for faces before the first group. Groups
 /// follow each other without gaps from the first one's first face to the last face. When their counts tell
 /// otherwise, because a face of the file was dropped, nobody knows which belongs where: the list is empty.

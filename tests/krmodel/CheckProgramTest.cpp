@@ -248,6 +248,28 @@ TEST_F(KrmodelCheck, PrintsOneJsonLineAFileInTheirOrderWhateverBecomesOfThem)
     EXPECT_TRUE(run.errors.contains(QStringLiteral("damaged.stl: not readable as STL")));
 }
 
+TEST_F(KrmodelCheck, PrintsMaterialsInJson)
+{
+    Write("it.mtl", "newmtl wood\nKd 0.5 0.25 1\nmap_Kd wood.png\nmap_Bump maps/grain.png\n");
+    Write("wood.png", test::Picture({6, 4}, "PNG"));
+    Write("it.obj", QByteArray("mtllib it.mtl\n") +
+                        QByteArray(kTetrahedronObj).replace("f 1 2 4", "usemtl wood\nf 1 2 4") +
+                        "usemtl ghost\n");
+    for (const char* line : {"info --json it.obj", "check --json it.obj", "convert --json it.obj it.stl"}) {
+        const QJsonArray materials = Json(line).value(QLatin1String("materials")).toArray();
+        const QJsonObject wood = materials.at(0).toObject(), ghost = materials.at(1).toObject();
+        EXPECT_EQ(QJsonDocument(wood).toJson(QJsonDocument::Compact),
+                  "{\"diffuse\":[0.5,0.25,1],\"faces\":3,\"firstFace\":1,\"groups\":1,\"name\":\"wood\","
+                  "\"textures\":[{\"file\":\"wood.png\",\"height\":4,\"kind\":\"diffuse\",\"width\":6},"
+                  "{\"file\":\"maps/grain.png\",\"height\":null,\"kind\":\"bump\",\"width\":null}]}");
+        EXPECT_EQ(QJsonDocument(ghost).toJson(QJsonDocument::Compact),
+                  "{\"diffuse\":null,\"faces\":0,\"firstFace\":null,\"groups\":1,\"name\":\"ghost\","
+                  "\"textures\":[]}");
+        EXPECT_EQ(materials.size(), 2);
+    }
+    EXPECT_EQ(Json("info --json it.stl").value(QLatin1String("materials")), QJsonValue(QJsonArray()));
+}
+
 TEST_F(KrmodelCheck, WritesNullForNumbersThatAreNotFinite)
 {
     Write("it.obj", "v 0 nan 0\nv 1 0 0\nv 0 inf 0\nf 1 2 3\n");
