@@ -1,5 +1,8 @@
 #include "apps/krmodel/Picture.h"
 
+#include <algorithm>
+#include <new>
+
 #include <QBuffer>
 #include <QImageReader>
 
@@ -47,6 +50,20 @@ QSize PictureSize(const QByteArray& bytes)
 bool IsPng(const QByteArray& bytes)
 {
     return Reader(bytes).IsPng();
+}
+
+void RequireRoomForPixels(QIODevice& picture, const std::function<bool(const QSize& size)>& isWanted)
+{
+    // At most 8 as decoded and 4 as used; and what decoders take for themselves.
+    constexpr qint64 kBytesPerPixel = 12, kOthers = qint64(16) << 20;
+    // A call of its own: the compiler may leave out a new expression of which nothing is used.
+    const auto take = [](qint64 bytes) { ::operator delete(::operator new(size_t(bytes))); };
+    take(kOthers);
+    if (!(picture.isOpen() || picture.open(QIODevice::ReadOnly)) || !picture.seek(0))
+        return;
+    const QSize size = QImageReader(&picture).size();
+    if (!size.isEmpty() && isWanted(size))
+        take(kOthers + kBytesPerPixel * size.width() * size.height());
 }
 
 QImage DecodePicture(const QByteArray& bytes)

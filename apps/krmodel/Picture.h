@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <functional>
+
 #include <QImage>
 
 /// Pictures that come out of model files: PNG and JPEG, whatever their names say, up to 16 million pixels. A
@@ -16,5 +18,12 @@ bool IsPng(const QByteArray& bytes);
 QImage DecodePicture(const QByteArray& bytes);
 
 QByteArray EncodePng(const QImage& image);
+
+/// Called when a picture could not be read. The reader tells one that does not fit into memory no different
+/// from one that is damaged.
+/// @param picture   random-access, opened if it is not yet; read from its begin
+/// @param isWanted  whether a picture of this size would be read at all
+/// @throws std::bad_alloc when there is no memory for its pixels, however good the rest of it may be
+void RequireRoomForPixels(QIODevice& picture, const std::function<bool(const QSize& size)>& isWanted);
 
 } // namespace krmodel

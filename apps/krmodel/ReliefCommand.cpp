@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 
@@ -9,6 +10,7 @@
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
 #include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/Picture.h"
 #include "apps/krmodel/Placement.h"
 #include "fileformat/image/ImageFile.h"
 
@@ -19,7 +21,8 @@ namespace {
 constexpr float kReaderMergeDistanceMm = 0.03F;
 /// Half the width of a usual nozzle: what is finer costs facets and does not show.
 constexpr double kFinestPixelMm = 0.2;
-constexpr int kFewestPixels = 2; ///< a side; the library's limit
+constexpr int kFewestPixels = 2;                ///< a side; the library's limit
+constexpr qint64 kMostPixels = qint64(1) << 29; ///< the library's limit too
 constexpr double kLeastMm = 0.001;
 constexpr double kMostMm = 1e6;
 
@@ -42,11 +45,14 @@ QSize RequirePicture(const QString& fileName)
 {
     RequireReadable(fileName);
     QImage picture;
-    if (ImageFile::CheckImageAndParse(fileName, picture) != 0)
-        throw Failure(ExitCode::NotReadable,
-                      fileName + QStringLiteral(": not readable as a picture, it is damaged, too large or of "
-                                                "a format that is not known"));
-    return picture.size();
+    if (ImageFile::CheckImageAndParse(fileName, picture) == 0)
+        return picture.size();
+    QFile file(fileName);
+    RequireRoomForPixels(
+        file, [](const QSize& size) { return qint64(size.width()) * size.height() <= kMostPixels; });
+    throw Failure(ExitCode::NotReadable,
+                  fileName + QStringLiteral(": not readable as a picture, it is damaged, too large or of "
+                                            "a format that is not known"));
 }
 
 double DepthMm(const Options& options, QSize pixels)

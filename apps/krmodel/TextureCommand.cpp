@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <memory>
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QJsonObject>
 
@@ -13,6 +14,7 @@
 #include "apps/krmodel/TextTable.h"
 #include "apps/krmodel/TextureMake.h"
 #include "apps/krmodel/TextureTexts.h"
+#include "core/mesh/MeshTextureInfo.h"
 #include "core/utility/Utility.h"
 #include "fileformat/texture/TextureFile.h"
 
@@ -33,6 +35,9 @@ namespace {
                                                 "or of another format"));
     if (picture.toString().isEmpty())
         throw Failure(ExitCode::Empty, fileName + QStringLiteral(": holds no picture"));
+    QByteArray bytes = QByteArray::fromBase64(picture.toString().toLatin1());
+    QBuffer file(&bytes);
+    RequireRoomForPixels(file, MeshTextureInfo::IsLoadableSize);
     throw Failure(ExitCode::NotReadable,
                   fileName + QStringLiteral(": its picture is damaged, too large or of a format that is not "
                                             "known"));

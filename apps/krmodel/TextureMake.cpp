@@ -1,17 +1,22 @@
 #include "apps/krmodel/TextureMake.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <QColor>
+#include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QJsonObject>
 #include <QUuid>
 
 #include "apps/krmodel/BatchCommandLine.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/InputFile.h"
+#include "apps/krmodel/Picture.h"
 #include "apps/krmodel/TextureTexts.h"
 #include "core/mesh/MeshTextureInfo.h"
+#include "core/utility/ImageTool.h"
 #include "core/utility/Utility.h"
 #include "fileformat/texture/TextureFile.h"
 
@@ -41,19 +46,38 @@ void RequireTextureName(const QString& fileName)
                                            QLatin1String(kSuffix));
 }
 
-/// Reads the picture as a map statement of a material library would, within the same limits.
+QSize ShrunkSize(const QSize& size, int longestSide)
+{
+    if (longestSide == 0 || std::max(size.width(), size.height()) <= longestSide)
+        return size;
+    // A long strip keeps a pixel of width.
+    return size.scaled(longestSide, longestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+QImage Decode(QFile& file, int longestSide)
+{
+    QImage image;
+    const auto chooseSize = [longestSide](const QSize& size) {
+        return MeshTextureInfo::IsLoadableSize(size) ? std::make_optional(ShrunkSize(size, longestSide))
+                                                     : std::nullopt;
+    };
+    // Reading from a pipe or a device might never end.
+    const bool isRead = QFileInfo(file).isFile() && ImageTool::ReadPicture(file, image, chooseSize);
+    return isRead ? image : QImage();
+}
+
 MeshTextureInfo ReadPicture(const QString& fileName, int longestSide)
 {
     RequireReadable(fileName);
     MeshTextureInfo info;
-    // By its absolute path no name looks like an option.
-    const QStringList statement = {QStringLiteral("map_Kd"), QFileInfo(fileName).absoluteFilePath()};
-    if (!info.load(statement, QString(), longestSide))
-        throw Failure(ExitCode::NotReadable,
-                      fileName +
-                          QStringLiteral(": not readable as a picture, it is damaged, of a format that "
-                                         "is not known or larger than 32768 pixels a side or 1 GiB"));
-    return info;
+    info.fileName = fileName;
+    QFile file(fileName);
+    if (info.load(Decode(file, longestSide), false, false, false, longestSide))
+        return info;
+    RequireRoomForPixels(file, MeshTextureInfo::IsLoadableSize);
+    throw Failure(ExitCode::NotReadable,
+                  fileName + QStringLiteral(": not readable as a picture, it is damaged, of a format that "
+                                            "is not known or larger than 32768 pixels a side or 1 GiB"));
 }
 
 /// The library takes what stands in front of the last point for the name.

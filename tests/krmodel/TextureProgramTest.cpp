@@ -105,7 +105,8 @@ TEST_F(KrmodelTexture, ScalesALargerPictureDown)
 
 TEST_F(KrmodelTexture, TakesPicturesOfAnyFormatAndName)
 {
-    const char* const names[] = {"-s 2.png", "2 oaks.png", "a  b.png", " x", "\"quoted\".png", "Größe №.PNG"};
+    const char* const names[] = {"-s 2.png",       "2 oaks.png",  "a  b.png",   " x",
+                                 "\"quoted\".png", "Größe №.PNG", "C:\\oak.png"};
     for (const char* name : names) {
         Write(name, test::Picture({5, 3}, "BMP"));
         const QStringList arguments = {QStringLiteral("texture"), QStringLiteral("make"),
@@ -116,6 +117,13 @@ TEST_F(KrmodelTexture, TakesPicturesOfAnyFormatAndName)
         EXPECT_TRUE(texture.LoadFile(Path("out.texture"))) << name;
         EXPECT_EQ(texture.GetImage().pixel(2, 1), qRgb(200, 100, 50)) << name;
     }
+}
+
+TEST_F(KrmodelTexture, TakesABackslashForAPartOfTheName)
+{
+    Write("knot\\oak.png", test::Picture({5, 3}, "PNG"));
+    EXPECT_EQ(Run("texture make knot\\oak.png out.texture").exitCode, Done);
+    EXPECT_EQ(Cell(Run("texture show out.texture"), "name"), QStringLiteral("knot\\oak"));
 }
 
 TEST_F(KrmodelTexture, ReplacesAFileOnceTheNewOneIsWhole)
