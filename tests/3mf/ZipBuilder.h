@@ -14,7 +14,8 @@ namespace test {
 struct ZipEntry {
     QByteArray name;
     QByteArray content;
-    quint16 method = Z_DEFLATED; ///< the content is deflated for this one only
+    std::optional<QByteArray> deflated = {}; ///< instead of the content; what of it is inflated must be told
+    quint16 method = Z_DEFLATED;             ///< the content is deflated for this one only
     quint16 flags = 0;
     std::optional<quint32> checkSum = {};
     std::optional<quint32> inflatedSize = {};
@@ -56,7 +57,9 @@ public:
     // header in front of the content: signature, then what the directory repeats, name
     ZipBuilder& Add(const ZipEntry& entry)
     {
-        const QByteArray stored = entry.method == Z_DEFLATED ? Deflate(entry.content) : entry.content;
+        const QByteArray stored = entry.deflated               ? *entry.deflated
+                                  : entry.method == Z_DEFLATED ? Deflate(entry.content)
+                                                               : entry.content;
         const QByteArray common = CommonFields(entry, stored.size());
         const auto place = static_cast<quint32>(m_contents.size());
         m_contents += Number<quint32>(entry.signature.value_or(0x04034B50)) + common + entry.name + stored;

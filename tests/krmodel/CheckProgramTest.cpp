@@ -9,9 +9,6 @@
 
 namespace {
 
-// Corner of axes, of sides 1, outwards.
-constexpr char kTetrahedronObj[] = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 3 2\nf 1 2 4\nf 2 3 4\nf 3 1 4\n";
-
 QStringList Kinds(const QJsonObject& object, const char* list)
 {
     QStringList kinds;

@@ -21,6 +21,9 @@ enum : int {
     Interrupted = 130
 };
 
+// Corner of axes, of sides 1, outwards.
+constexpr char kTetrahedronObj[] = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\nf 1 3 2\nf 1 2 4\nf 2 3 4\nf 3 1 4\n";
+
 inline QString Sample(const char* name)
 {
     return QStringLiteral(KRCORE_SAMPLES "/") + QLatin1String(name);
@@ -41,6 +44,13 @@ protected:
         return RunProgram(QStringLiteral(KRMODEL_PROGRAM), arguments, m_directory.path(), environment);
     }
     ProgramRun Run(const char* line) const { return Run(Words(line)); }
+    /// Runs a script of the shell, in which "$0" is the program and "$1" the first argument.
+    ProgramRun RunScript(const char* script, const QStringList& arguments = {}) const
+    {
+        const QStringList line = {QStringLiteral("-c"), QString::fromUtf8(script),
+                                  QStringLiteral(KRMODEL_PROGRAM)};
+        return RunProgram(QStringLiteral("/bin/sh"), line + arguments, m_directory.path());
+    }
     ProgramRun Info(const QString& fileName) const { return Run({QStringLiteral("info"), fileName}); }
     ProgramRun InfoOfSample(const char* name) const { return Info(Sample(name)); }
 

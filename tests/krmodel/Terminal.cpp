@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <QRegularExpression>
@@ -104,6 +105,14 @@ int Terminal::End()
     waitpid(m_process, &status, 0);
     m_process = 0;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+QByteArray Terminal::GetModes() const
+{
+    termios modes = {};
+    if (tcgetattr(m_descriptor, &modes) != 0)
+        throw std::runtime_error("no terminal");
+    return {reinterpret_cast<const char*>(&modes), int(sizeof modes)};
 }
 
 QByteArray Terminal::Screen() const

@@ -28,6 +28,9 @@ public:
     /// Waits for the process. @return its exit code; -1 when it did not end by itself
     int End();
 
+    int GetProcess() const { return m_process; }
+    /// How it treats what is typed and written: whether it echoes, for example.
+    QByteArray GetModes() const;
     /// All that was written.
     const QByteArray& GetBytes() const { return m_bytes; }
     /// What is to be seen at the end, without colours and blanks at the ends of lines. Behind a character
