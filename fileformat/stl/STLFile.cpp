@@ -8,13 +8,13 @@
 #include <QByteArray>
 #include <QFile>
 
-#include "core/common/AsciiText_p.h"
 #include "core/common/HalfEdgePairing_p.h"
 #include "core/mesh/Mesh.h"
 #include "fileformat/common/PlainFile_p.h"
 #include "fileformat/stl/STLBinary_p.h"
 #include "fileformat/stl/STLScanner_p.h"
 #include "fileformat/stl/STLText_p.h"
+#include "fileformat/stl/STLVariant_p.h"
 #include "fileformat/stl/Stitch_p.h"
 
 namespace {
@@ -24,35 +24,7 @@ using kr::LineEnds;
 using kr::stl::Probe;
 using kr::stl::SolidSearch;
 using kr::stl::TriangleSoup;
-
-enum class Variant { Unreadable, Text, Binary };
-
-// A byte-order mark needs no rule of its own: it stands in front of "solid", where any bytes may, and on the
-// first line, which is passed over.
-Variant FindVariant(QFile& file)
-{
-    // The search seldom goes further than its limit.
-    BlockReader source(file, LineEnds::AsStored, kr::stl::kSolidSearchLimit + 2 * kr::stl::kSolid.size());
-    char beginning[kr::stl::kSolid.size()];
-    for (char& character : beginning) {
-        const int byte = source.NextByte();
-        if (byte < 0)
-            return Variant::Unreadable;
-        character = static_cast<char>(byte);
-    }
-    Probe probe({beginning, sizeof beginning});
-    if (kr::EqualsIgnoringCase(probe.Bytes(), kr::stl::kSolid))
-        return Variant::Text;
-    switch (kr::stl::FindSolid(source, probe, sizeof beginning)) {
-    case SolidSearch::Found:
-        return Variant::Text;
-    case SolidSearch::NotFound:
-        return Variant::Binary;
-    case SolidSearch::ReadFailed:
-        break;
-    }
-    return Variant::Unreadable;
-}
+using kr::stl::Variant;
 
 // Room for files of more facets to the byte than any program writes. It is memory only once it is used, but a
 // system may refuse to promise very much of it; beyond, the list grows with what is read.
@@ -73,7 +45,7 @@ std::optional<TriangleSoup> ReadTextFile(QFile& file)
 
 std::optional<TriangleSoup> ReadDetectingVariant(QFile& file, int headerSize)
 {
-    const Variant variant = FindVariant(file);
+    const Variant variant = kr::stl::FindVariant(file);
     if (variant == Variant::Unreadable)
         return std::nullopt;
     if (variant == Variant::Text) {
