@@ -352,7 +352,7 @@ TEST(STLStitch, ClosesGapsOfATenThousandthOfTheDiagonalThoughEdgesAreShorter)
 
 TEST(STLStitch, LeavesCornersFurtherApartThanTheToleranceAsTheyCame)
 {
-    const SoupCorners soup = PairWithGapBesideATinyEdge(0.03f);
+    const SoupCorners soup = PairWithGapBesideATinyEdge(0.012f);
     const Stitched mesh = Stitch(soup);
     EXPECT_EQ(mesh.vertices.size(), 9u);
     EXPECT_EQ(CornersOf(mesh), soup);
