@@ -8,10 +8,10 @@
 #include <QFileInfo>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "tests/common/Directory.h"
 #include "tests/common/OpenFiles.h"
+#include "tests/common/OrdinaryUser.h"
 #include "tests/reliability/Formats.h"
 
 // Writing where nothing can be written.
@@ -19,28 +19,6 @@
 namespace {
 
 using namespace test;
-
-/// As long as this lives, the process may do what an ordinary user may: root may write anywhere.
-class OrdinaryUser {
-public:
-    OrdinaryUser()
-    {
-        if (geteuid() == 0) {
-            EXPECT_EQ(seteuid(kNobody), 0);
-        }
-    }
-    ~OrdinaryUser()
-    {
-        if (getuid() == 0) {
-            EXPECT_EQ(seteuid(0), 0);
-        }
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
-private:
-    static constexpr uid_t kNobody = 65534;
-};
 
 class WriteFailure : public testing::TestWithParam<Writer> {
 protected:
