@@ -1,8 +1,9 @@
 #include "apps/krmodel/Pieces.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+
+#include "apps/krmodel/Enclosure.h"
 
 namespace krmodel {
 
@@ -12,8 +13,6 @@ constexpr size_t kMostHulls = 100;
 
 /// What rounding may leave of a flat piece's volume, in cubes of its diagonal.
 constexpr double kNoVolume = 1e-12;
-
-using Triangle = std::array<Eigen::Vector3d, 3>;
 
 Triangle TriangleOf(const std::vector<Vector3D<float>>& vertices, const TriangleFace& facet)
 {
@@ -34,18 +33,76 @@ void AddFacet(Piece& piece, const Triangle& triangle, const Eigen::Vector3d& ori
         piece.box.extend(corner);
 }
 
-/// The largest first.
-std::vector<const Piece*> Hulls(const std::vector<Piece>& pieces)
+/// Indices of pieces, the largest first.
+std::vector<size_t> Hulls(const std::vector<Piece>& pieces)
 {
-    std::vector<const Piece*> hulls;
-    for (const Piece& piece : pieces)
-        if (piece.volume > 0)
-            hulls.push_back(&piece);
+    std::vector<size_t> hulls;
+    for (size_t i = 0; i < pieces.size(); ++i)
+        if (pieces[i].volume > 0)
+            hulls.push_back(i);
     const auto middle = hulls.begin() + std::ptrdiff_t(std::min(hulls.size(), kMostHulls));
     std::partial_sort(hulls.begin(), middle, hulls.end(),
-                      [](const Piece* left, const Piece* right) { return left->volume > right->volume; });
+                      [&](size_t left, size_t right) { return pieces[left].volume > pieces[right].volume; });
     hulls.erase(middle, hulls.end());
     return hulls;
+}
+
+/// What a piece may have within it, as far as boxes tell.
+class Hull {
+public:
+    Hull(const Piece& hull, const std::vector<const Piece*>& inward)
+        : m_candidates(CandidatesIn(hull, inward)), m_enclosure(CornersOf(m_candidates))
+    {}
+
+    void Add(const Triangle& facet) { m_enclosure.Add(facet); }
+    bool IsWanted() const { return !m_candidates.empty(); }
+    void AddCavities(std::vector<const Piece*>& cavities) const
+    {
+        for (size_t i = 0; i < m_candidates.size(); ++i)
+            if (m_enclosure.Holds(i))
+                cavities.push_back(m_candidates[i]);
+    }
+
+private:
+    static std::vector<const Piece*> CandidatesIn(const Piece& hull, const std::vector<const Piece*>& inward)
+    {
+        std::vector<const Piece*> candidates;
+        for (const Piece* const piece : inward)
+            if (hull.box.contains(piece->box) && hull.volume > -piece->volume)
+                candidates.push_back(piece);
+        return candidates;
+    }
+    static std::vector<Eigen::Vector3d> CornersOf(const std::vector<const Piece*>& pieces)
+    {
+        std::vector<Eigen::Vector3d> corners;
+        for (const Piece* const piece : pieces)
+            corners.push_back(piece->corner);
+        return corners;
+    }
+
+    std::vector<const Piece*> m_candidates;
+    Enclosure m_enclosure;
+};
+
+/// Sorted by address, which is their order in the list; a piece may be there twice.
+std::vector<const Piece*> FindCavities(const std::vector<const Piece*>& inward, const Pieces& pieces,
+                                       const std::vector<Vector3D<float>>& vertices,
+                                       const std::vector<TriangleFace>& facets)
+{
+    std::vector<Hull> hulls;
+    std::vector<int> hullOf(pieces.list.size(), -1);
+    for (const size_t index : Hulls(pieces.list)) {
+        hulls.emplace_back(pieces.list[index], inward);
+        hullOf[index] = hulls.back().IsWanted() ? int(hulls.size()) - 1 : -1;
+    }
+    for (size_t i = 0; i < facets.size(); ++i)
+        if (const int piece = pieces.pieceOf[i]; piece >= 0 && hullOf[size_t(piece)] >= 0)
+            hulls[size_t(hullOf[size_t(piece)])].Add(TriangleOf(vertices, facets[i]));
+    std::vector<const Piece*> cavities;
+    for (const Hull& hull : hulls)
+        hull.AddCavities(cavities);
+    std::sort(cavities.begin(), cavities.end());
+    return cavities;
 }
 
 } // namespace
@@ -55,39 +112,45 @@ bool Piece::HasVolume() const
     return std::abs(volume) > kNoVolume * std::pow(box.diagonal().norm(), 3);
 }
 
-std::vector<Piece> CollectPieces(const std::vector<Vector3D<float>>& vertices,
-                                 const std::vector<TriangleFace>& facets, FacetSets& sets,
-                                 const std::vector<bool>& isBroken)
+Pieces CollectPieces(const std::vector<Vector3D<float>>& vertices, const std::vector<TriangleFace>& facets,
+                     FacetSets& sets, const std::vector<bool>& isBroken)
 {
-    std::vector<Piece> pieces;
-    std::vector<int> pieceOf(facets.size(), -1);
+    Pieces pieces;
+    pieces.pieceOf.assign(facets.size(), -1);
     for (size_t i = 0; i < facets.size(); ++i) {
         if (facets[i].v[0] < 0)
             continue;
         // The first facet of a set comes first.
         const auto set = size_t(sets.SetOf(int(i)));
+        const Eigen::Vector3d corner = TriangleOf(vertices, facets[set])[0];
         if (set == i) {
-            pieceOf[i] = int(pieces.size());
-            pieces.emplace_back().firstFacet = int(i);
+            pieces.pieceOf[i] = int(pieces.list.size());
+            Piece& piece = pieces.list.emplace_back();
+            piece.firstFacet = int(i);
+            piece.corner = corner;
         }
-        Piece& piece = pieces[size_t(pieceOf[set])];
-        AddFacet(piece, TriangleOf(vertices, facets[i]), TriangleOf(vertices, facets[set])[0]);
+        pieces.pieceOf[i] = pieces.pieceOf[set];
+        Piece& piece = pieces.list[size_t(pieces.pieceOf[i])];
+        AddFacet(piece, TriangleOf(vertices, facets[i]), corner);
         piece.isInOrder = piece.isInOrder && !isBroken[i];
     }
     return pieces;
 }
 
-InwardPieces FindInwardPieces(const std::vector<Piece>& pieces)
+InwardPieces FindInwardPieces(const Pieces& pieces, const std::vector<Vector3D<float>>& vertices,
+                              const std::vector<TriangleFace>& facets)
 {
+    std::vector<const Piece*> inward;
+    for (const Piece& piece : pieces.list)
+        if (piece.FacesInwards())
+            inward.push_back(&piece);
+    if (inward.empty())
+        return {};
+    const std::vector<const Piece*> cavities = FindCavities(inward, pieces, vertices, facets);
     InwardPieces found;
-    const std::vector<const Piece*> hulls = Hulls(pieces);
-    for (const Piece& piece : pieces) {
-        if (!piece.FacesInwards())
-            continue;
-        const bool isCavity = std::any_of(hulls.begin(), hulls.end(), [&](const Piece* hull) {
-            return hull->box.contains(piece.box) && hull->volume > -piece.volume;
-        });
-        (isCavity ? found.cavities : found.others).push_back(&piece);
+    for (const Piece* const piece : inward) {
+        const bool isCavity = std::binary_search(cavities.begin(), cavities.end(), piece);
+        (isCavity ? found.cavities : found.others).push_back(piece);
     }
     return found;
 }

@@ -39,7 +39,8 @@ private:
 /// Facets that hang together by edges.
 struct Piece {
     int firstFacet = 0;
-    double volume = 0; ///< signed; positive when the facets face outwards
+    Eigen::Vector3d corner; ///< one of its corners
+    double volume = 0;      ///< signed; positive when the facets face outwards
     Eigen::AlignedBox3d box;
     bool isInOrder = true; ///< each edge has two facets that agree which side is outside
 
@@ -48,19 +49,24 @@ struct Piece {
     bool FacesInwards() const { return isInOrder && volume < 0 && HasVolume(); }
 };
 
-/// In the order of their first facets.
+struct Pieces {
+    std::vector<Piece> list;  ///< in the order of their first facets
+    std::vector<int> pieceOf; ///< by facet: its place in the list; -1 for a facet that belongs to none
+};
+
 /// @param facets    (-1, -1, -1) belongs to no piece
 /// @param isBroken  by facet: an edge of it is not in order
-std::vector<Piece> CollectPieces(const std::vector<Vector3D<float>>& vertices,
-                                 const std::vector<TriangleFace>& facets, FacetSets& sets,
-                                 const std::vector<bool>& isBroken);
+Pieces CollectPieces(const std::vector<Vector3D<float>>& vertices, const std::vector<TriangleFace>& facets,
+                     FacetSets& sets, const std::vector<bool>& isBroken);
 
-/// The pieces that face inwards, in two lists: those in the box of one of the hundred largest that face
-/// outwards, which are cavities, and the others. Boxes, because that is quick and right for what people draw.
+/// The pieces that face inwards, in two lists: those within one of the hundred largest that face outwards,
+/// which are cavities, and the others. Pieces do not pass through each other in what is drawn well, so one
+/// corner tells for all of a piece.
 struct InwardPieces {
     std::vector<const Piece*> cavities;
     std::vector<const Piece*> others;
 };
-InwardPieces FindInwardPieces(const std::vector<Piece>& pieces);
+InwardPieces FindInwardPieces(const Pieces& pieces, const std::vector<Vector3D<float>>& vertices,
+                              const std::vector<TriangleFace>& facets);
 
 } // namespace krmodel

@@ -138,14 +138,14 @@ private:
     EdgeFault m_twisted;
 };
 
-void AddPieces(Topology& found, const std::vector<Piece>& pieces, const Points& vertices,
+void AddPieces(Topology& found, const Pieces& pieces, const Points& vertices,
                const std::vector<TriangleFace>& facets)
 {
     const auto add = [&](Finding& finding, const Piece& piece) {
         finding.Add(1, {vertices[size_t(facets[size_t(piece.firstFacet)].v[0])]});
     };
-    const InwardPieces inward = FindInwardPieces(pieces);
-    found.pieces = qint64(pieces.size());
+    const InwardPieces inward = FindInwardPieces(pieces, vertices, facets);
+    found.pieces = qint64(pieces.list.size());
     for (const Piece* const piece : inward.others)
         add(found.inwardPieces, *piece);
     for (const Piece* const piece : inward.cavities)

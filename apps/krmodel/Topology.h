@@ -28,7 +28,7 @@ struct Topology {
     Finding twistedEdges;     ///< of two facets that do not agree which side is outside
     Finding degenerateFacets; ///< a corner twice, or corners on one line
     Finding inwardPieces;     ///< all edges in order, but the outside is within; cavities are others
-    Finding cavities;         ///< the same, in the box of one of the largest pieces that face outwards
+    Finding cavities;         ///< the same, within one of the hundred largest pieces that face outwards
     Finding strayVertices;    ///< not finite, and the corner of a facet
     Finding emptyObjects;     ///< without facets
     qint64 pieces = 0;        ///< sets of facets that hang together by edges

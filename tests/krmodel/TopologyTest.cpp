@@ -1,6 +1,8 @@
 #include "apps/krmodel/Topology.h"
 
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -35,6 +37,20 @@ public:
     Bodies& Facet(int a, int b, int c)
     {
         m_mesh.AddVertexAndFaces({}, {TriangleFace(a, b, c)});
+        return *this;
+    }
+    /// A prism from z = 0 on. All of the outline, counter-clockwise, can be seen from its first point.
+    Bodies& Extruded(const std::vector<std::pair<float, float>>& outline, float height)
+    {
+        const auto base = int(m_mesh.GetVerticesVecPtr()->size()), count = int(outline.size());
+        for (const auto& [x, y] : outline)
+            Vertices({{x, y, 0}, {x, y, height}});
+        const auto bottom = [=](int i) { return base + 2 * (i % count); };
+        const auto top = [=](int i) { return bottom(i) + 1; };
+        for (int i = 1; i + 1 < count; ++i)
+            Facet(bottom(0), bottom(i + 1), bottom(i)).Facet(top(0), top(i), top(i + 1));
+        for (int i = 0; i < count; ++i)
+            Facet(bottom(i), bottom(i + 1), top(i + 1)).Facet(bottom(i), top(i + 1), top(i));
         return *this;
     }
     Bodies& WithoutFacet(int index)
@@ -161,6 +177,68 @@ TEST(Topology, TakesAnInwardBodyWithinAnotherForACavity)
     EXPECT_EQ(found.cavities.count, 1);
     ASSERT_EQ(found.cavities.first.size(), 1U);
     ExpectPoint(found.cavities.first[0], 1, 1, 1);
+}
+
+TEST(Topology, TakesNoBodyForACavityThatOnlyLiesInTheBoxOfAnother)
+{
+    // Behind the slanting side.
+    const Topology found = Bodies().Tetrahedron({6, 6, 6}, 1, true).Tetrahedron({0, 0, 0}, 10).Examined();
+    EXPECT_EQ(found.inwardPieces.count, 1);
+    EXPECT_EQ(found.cavities.count, 0);
+}
+
+TEST(Topology, TakesNoBodyForACavityThatLiesInTheNotchOfAnother)
+{
+    // An L of 2 x 2 x 1, its notch where x and y are above 1.
+    const Bodies bodies = Bodies().Extruded({{0, 0}, {2, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 2}}, 1);
+    EXPECT_EQ(EdgeFaults(bodies.Examined()), 0);
+    const Topology notch = Bodies(bodies).Tetrahedron({1.5F, 1.5F, 0.5F}, 0.1F, true).Examined();
+    EXPECT_EQ(notch.inwardPieces.count, 1);
+    EXPECT_EQ(notch.cavities.count, 0);
+    for (const Point& corner : {Point{1.5F, 0.5F, 0.5F}, Point{0.5F, 1.5F, 0.5F}, Point{0.5F, 0.5F, 0.5F}}) {
+        const Topology arm = Bodies(bodies).Tetrahedron(corner, 0.1F, true).Examined();
+        EXPECT_EQ(arm.inwardPieces.count, 0);
+        EXPECT_EQ(arm.cavities.count, 1);
+    }
+}
+
+TEST(Topology, FindsACavityStraightUnderAnEdgeOrACornerOfItsHull)
+{
+    // An octahedron: its upper corner is above the first place, its upper edges above the next.
+    const Bodies hull = Bodies()
+                            .Vertices({{5, 0, 0}, {0, 5, 0}, {-5, 0, 0}, {0, -5, 0}, {0, 0, 5}, {0, 0, -5}})
+                            .Facet(0, 1, 4)
+                            .Facet(1, 2, 4)
+                            .Facet(2, 3, 4)
+                            .Facet(3, 0, 4)
+                            .Facet(1, 0, 5)
+                            .Facet(2, 1, 5)
+                            .Facet(3, 2, 5)
+                            .Facet(0, 3, 5);
+    for (const Point& place : {Point{0, 0, 1}, {1, 0, 1}, {-1, 0, 1}, {0, 1, 1}, {0, -1, 1}, {1, 1, 1}}) {
+        const Topology found = Bodies(hull).Tetrahedron(place, 0.25F, true).Examined();
+        EXPECT_EQ(EdgeFaults(found), 0);
+        EXPECT_EQ(found.cavities.count, 1) << place.x << ' ' << place.y;
+    }
+    for (const Point& place : {Point{4, 0, 3}, {0, 4, 3}, {4, 0, -3}, {0, 4, -3}, {4, 4, 0}, {4, -4, 1}}) {
+        const Topology found = Bodies(hull).Tetrahedron(place, 0.25F, true).Examined();
+        EXPECT_EQ(found.inwardPieces.count, 1) << place.x << ' ' << place.y;
+    }
+}
+
+TEST(Topology, TellsManyCavitiesFromWhatLiesBesideThem)
+{
+    Bodies bodies;
+    int within = 0;
+    constexpr int kCount = 29;
+    for (int x = 1; x <= kCount; ++x)
+        for (int y = 1; y <= kCount; ++y) {
+            bodies.Tetrahedron({float(x), float(y), 1}, 0.25F, true);
+            within += x + y <= kCount ? 1 : 0;
+        }
+    const Topology found = bodies.Tetrahedron({0, 0, 0}, 30.5F).Examined();
+    EXPECT_EQ(found.cavities.count, within);
+    EXPECT_EQ(found.inwardPieces.count, kCount * kCount - within);
 }
 
 TEST(Topology, TakesNoBodyForACavityOfOneThatIsNoLarger)
