@@ -5,9 +5,13 @@
 #include <optional>
 #include <utility>
 
+#include <QFileInfo>
+
+#include "apps/krmodel/Failure.h"
 #include "apps/krmodel/Guard.h"
 #include "apps/krmodel/Json.h"
 #include "apps/krmodel/Progress.h"
+#include "apps/krmodel/Texts.h"
 
 namespace krmodel {
 
@@ -25,17 +29,38 @@ void Print(const QByteArray& bytes)
     std::fflush(stdout);
 }
 
+/// Before anything of it is read, so that what is too large costs no time.
+void RequireSize(const QString& input, qint64 most)
+{
+    const qint64 size = QFileInfo(input).size();
+    if (most > 0 && size > most)
+        throw Failure(ExitCode::Stopped,
+                      QStringLiteral("%1: not read, its %2 bytes are more than the %3 that it may have")
+                          .arg(input, CountText(size), CountText(most)));
+}
+
 /// A failure is told to the person, and to the program that reads the lines.
-ExitCode WorkWithJson(const Task& task)
+ExitCode WorkWithJson(const QString& input, const Job& work)
 {
     QString error;
-    const ExitCode code = Guard(task.work, [&](const QString& sentence) {
+    const ExitCode code = Guard(work, [&](const QString& sentence) {
         PrintError(sentence);
         error = sentence;
     });
     if (!error.isEmpty())
-        Print(JsonFailure(task.input, code, error));
+        Print(JsonFailure(input, code, error));
     return code;
+}
+
+Job JobOf(const Task& task, const BatchOptions& options)
+{
+    const Job work = [&task, most = options.inputBytes] {
+        RequireSize(task.input, most);
+        return task.work();
+    };
+    if (options.form != Form::Json)
+        return work;
+    return [&task, work] { return WorkWithJson(task.input, work); };
 }
 
 /// A terminal where progress is shown, or none.
@@ -60,14 +85,15 @@ Onlooker OnlookerOf(Progress& progress)
             }};
 }
 
-std::vector<Job> JobsOf(const std::vector<Task>& tasks, Form form, const MaybeProgress& progress)
+std::vector<Job> JobsOf(const std::vector<Task>& tasks, const BatchOptions& options,
+                        const MaybeProgress& progress)
 {
     std::vector<Job> jobs;
     for (const Task& task : tasks)
-        jobs.push_back([&task, &progress, form, index = jobs.size()] {
+        jobs.push_back([work = JobOf(task, options), &progress, index = jobs.size()] {
             if (progress)
                 progress->BeginJob(index);
-            return form == Form::Json ? WorkWithJson(task) : task.work();
+            return work();
         });
     return jobs;
 }
@@ -133,8 +159,8 @@ ExitCode RunTasks(const std::vector<Task>& tasks, const BatchOptions& options)
         Discard(tasks[index]);
     };
     const Onlooker onlooker = progress ? OnlookerOf(*progress) : Onlooker();
-    const bool isThrough = RunJobs(JobsOf(tasks, options.form, progress), options.atOnce,
-                                   LimitsOfOne(options), onEnd, progress ? &onlooker : nullptr);
+    const bool isThrough = RunJobs(JobsOf(tasks, options, progress), options.atOnce, LimitsOfOne(options),
+                                   onEnd, progress ? &onlooker : nullptr);
     progress.reset();
     if (isThrough)
         return firstFailure;

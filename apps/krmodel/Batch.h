@@ -26,6 +26,7 @@ enum class Form {
 struct BatchOptions {
     size_t atOnce = 1; ///< tasks
     Limits limits = UsualLimits();
+    qint64 inputBytes = 0;    ///< the largest input that is read; 0 sets no limit
     bool sharesMemory = true; ///< whether the limit on memory is one for all tasks at work together
     Form form = Form::Tables;
     bool isQuiet = false; ///< shows no progress, which else is shown where standard error is a terminal

@@ -47,6 +47,11 @@ void AddLimits(CLI::App& verb, BatchOptions& options)
               limits.seconds);
     AddBytes(
         verb,
+        {"--max-input", "MiB", 0, kMostMebibytes,
+         "the largest input file that is read, without what it names; 0: any", kWhole},
+        [&options](qint64 bytes) { options.inputBytes = bytes; }, "0");
+    AddBytes(
+        verb,
         {"--max-output", "MiB", 0, kMostMebibytes, "the largest file that may be written; 0: any", kWhole},
         [&limits](qint64 bytes) { limits.fileBytes = bytes; },
         std::to_string(limits.fileBytes >> kMebibyteBits));

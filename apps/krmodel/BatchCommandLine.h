@@ -6,7 +6,7 @@
 /// Options of commands that read files.
 namespace krmodel {
 
-/// Adds --max-memory, --max-time and --max-output.
+/// Adds --max-memory, --max-time, --max-input and --max-output.
 void AddLimits(CLI::App& verb, BatchOptions& options);
 
 /// Adds --json.

@@ -13,6 +13,7 @@
 #include "apps/krmodel/Json.h"
 #include "apps/krmodel/Loss.h"
 #include "apps/krmodel/Placement.h"
+#include "apps/krmodel/Texts.h"
 #include "fileformat/3mf/Model3MF.h"
 
 namespace krmodel {
@@ -25,26 +26,33 @@ struct Options : ConvertOptions {
     BatchOptions batch;
 };
 
-void KeepStandardInput(const QString& fileName)
+/// @param most  the bytes that it may have, 0 for any number
+void KeepStandardInput(const QString& fileName, qint64 most)
 {
     constexpr qint64 kBlockSize = 1 << 20;
     QFile from, to(fileName);
     if (!from.open(STDIN_FILENO, QIODevice::ReadOnly))
         throw Failure(ExitCode::CannotOpen, QStringLiteral("standard input: cannot open"));
     bool isGood = to.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-    for (QByteArray block = from.read(kBlockSize); isGood && !block.isEmpty(); block = from.read(kBlockSize))
+    for (QByteArray block = from.read(kBlockSize); isGood && !block.isEmpty();
+         block = from.read(kBlockSize)) {
         isGood = to.write(block) == block.size();
+        if (most > 0 && to.size() > most)
+            throw Failure(ExitCode::Stopped,
+                          QStringLiteral("standard input: not read further, it has more than %1 bytes")
+                              .arg(CountText(most)));
+    }
     if (!isGood)
         throw Failure(ExitCode::WriteFailed,
                       QStringLiteral("standard input: cannot be kept in a temporary file: ") +
                           to.errorString());
 }
 
-LoadedModel LoadStandardInput(const QString& fileName, const ReadOptions& reading)
+LoadedModel LoadStandardInput(const QString& fileName, const Options& options)
 {
-    KeepStandardInput(fileName);
+    KeepStandardInput(fileName, options.batch.inputBytes);
     try {
-        LoadedModel loaded = LoadModel(fileName, reading);
+        LoadedModel loaded = LoadModel(fileName, options.reading);
         if (loaded.format->contents == Contents::Facets)
             loaded.model.meshes.at(0)->SetObjectName(QStringLiteral("stdin"));
         return loaded;
@@ -55,10 +63,10 @@ LoadedModel LoadStandardInput(const QString& fileName, const ReadOptions& readin
     }
 }
 
-LoadedModel Load(const Conversion& conversion, const ReadOptions& reading)
+LoadedModel Load(const Conversion& conversion, const Options& options)
 {
-    return conversion.isFromStandardInput ? LoadStandardInput(conversion.inputFile, reading)
-                                          : LoadModel(conversion.inputFile, reading);
+    return conversion.isFromStandardInput ? LoadStandardInput(conversion.inputFile, options)
+                                          : LoadModel(conversion.inputFile, options.reading);
 }
 
 bool HasUnit(const Format& format)
@@ -170,7 +178,7 @@ ExitCode Convert(const Conversion& conversion, const Options& options, int stand
     QElapsedTimer clock;
     clock.start();
     const Output& output = conversion.output;
-    LoadedModel loaded = Load(conversion, options.reading);
+    LoadedModel loaded = Load(conversion, options);
     const bool wantsJson = options.batch.form == Form::Json;
     std::vector<Loss> losses = FindInputLosses(*loaded.format, conversion.inputFile, loaded.model);
     const QJsonObject description = wantsJson ? DescribeModel(loaded, conversion.inputFile) : QJsonObject();

@@ -364,11 +364,36 @@ TEST_F(KrmodelCheck, EveryCommandThatReadsFilesTakesLimits)
          {"info gear.stl", "check gear.stl", "convert gear.stl out.stl", "preview gear.stl out.png",
           "relief medal.png out.stl", "texture show weave.texture", "texture extract weave.texture out.png",
           "texture make medal.png out.texture", "paths gasket.path"}) {
-        const QStringList none = Words("--max-memory 0 --max-time 0 --max-output 0");
+        const QStringList none = Words("--max-memory 0 --max-time 0 --max-input 0 --max-output 0");
         EXPECT_EQ(Run(Words(line) + none).exitCode, Done) << line;
-        for (const char* limit : {"--max-memory x", "--max-time x", "--max-output x"})
+        for (const char* limit : {"--max-memory x", "--max-time x", "--max-input x", "--max-output x"})
             EXPECT_EQ(Run(Words(line) + Words(limit)).exitCode, Usage) << line << limit;
     }
+}
+
+TEST_F(KrmodelCheck, ReadsNoInputThatIsTooLarge)
+{
+    QFile file(Path("large.stl"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize((1 << 20) + 1));
+    const QString reason =
+        QStringLiteral("not read, its 1,048,577 bytes are more than the 1,048,576 that it may have");
+    for (const char* line :
+         {"info large.stl", "check large.stl", "convert large.stl out.obj", "preview large.stl out.png"}) {
+        const ProgramRun run = Run(Words(line) + Words("--max-input 1"));
+        EXPECT_EQ(run.exitCode, Stopped) << line;
+        EXPECT_EQ(run.errors, QStringLiteral("krmodel: large.stl: %1\n").arg(reason)) << line;
+    }
+    EXPECT_EQ(Json("check --json --max-input 1 large.stl", Stopped).value(QLatin1String("error")).toString(),
+              reason);
+    EXPECT_EQ(Files(), QStringList(QStringLiteral("large.stl")));
+}
+
+TEST_F(KrmodelCheck, ReadsAnInputThatIsJustSmallEnough)
+{
+    Write("part.obj", QByteArray("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n").leftJustified(1 << 20, '\n'));
+    EXPECT_EQ(Run("info --max-input 1 part.obj").exitCode, Done);
+    Write("part.obj", Bytes("part.obj") + '\n');
+    EXPECT_EQ(Run("info --max-input 1 part.obj").exitCode, Stopped);
 }
 
 TEST_F(KrmodelCheck, StopsAnOutputThatGrowsTooLarge)

@@ -251,6 +251,16 @@ TEST_F(KrmodelConvert, WritesNothingToStandardOutputWhenTheInputIsDamaged)
                              "or of another format\n"));
 }
 
+TEST_F(KrmodelConvert, ReadsNoMoreOfStandardInputThanItMayHave)
+{
+    const QStringList arguments = Words("convert - out.obj --from stl --max-input 1");
+    EXPECT_EQ(RunWithInput(arguments + Words("--quiet"), Sample("gear.stl")).exitCode, Done);
+    const ProgramRun run = RunWithInput(arguments, QStringLiteral("/dev/zero"));
+    EXPECT_EQ(run.exitCode, Stopped);
+    EXPECT_EQ(run.errors, QStringLiteral("krmodel: standard input: not read further, it has more than "
+                                         "1,048,576 bytes\n"));
+}
+
 TEST_F(KrmodelConvert, ReportsAFullStandardOutput)
 {
     const ProgramRun run = RunWithInput(Words("convert - - --from stl --to obj"), Sample("gear.stl"),
