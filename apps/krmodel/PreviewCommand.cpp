@@ -23,6 +23,7 @@ struct Options {
     std::optional<QSize> size; ///< none when the person did not say
     const View* view = &kViews[0];
     bool wantsThumbnail = false;
+    bool takesAnyName = false;
     ReadOptions reading;
     BatchOptions batch;
 };
@@ -87,7 +88,8 @@ ExitCode Preview(const Options& options, const PendingFile& output)
 
 ExitCode RunPreview(const Options& options)
 {
-    RequirePngName(options.output);
+    if (!options.takesAnyName)
+        RequirePngName(options.output);
     const PendingFile output(options.output);
     return RunTasks({{options.input, [&] { return Preview(options, output); }, {output}}}, options.batch);
 }
@@ -117,6 +119,8 @@ void AddPreview(CLI::App& app, Command& command)
     verb->add_flag("--thumbnail", options->wantsThumbnail,
                    "write the picture that the model file keeps instead")
         ->excludes(view);
+    verb->add_flag("--any-name", options->takesAnyName,
+                   "write the picture, a PNG, under any name, as file managers give it");
     AddReading(*verb, options->reading);
     AddQuiet(*verb, options->batch);
     AddLimits(*verb, options->batch);
