@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libeigen3-dev libbo
     libquazip1-qt5-dev libdeflate-dev libocct-data-exchange-dev libtbb-dev)
 # shellcheck disable=SC2034 # used by those who source this file
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev qt5-image-formats-plugins locales
-    groff-base zsh fish parallel doxygen
+    groff-base zsh fish parallel doxygen lintian file fakeroot shared-mime-info
     clang libclang-rt-14-dev)
 # shellcheck disable=SC2034
 style_packages=("${test_packages[@]}" git clang-format clang-tidy)
