@@ -4,8 +4,10 @@
 build_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libeigen3-dev libboost-dev libcli11-dev
     libquazip1-qt5-dev libdeflate-dev libocct-data-exchange-dev libtbb-dev)
 # shellcheck disable=SC2034 # used by those who source this file
-test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev qt5-image-formats-plugins locales
-    groff-base zsh fish parallel doxygen lintian file fakeroot shared-mime-info
+package_packages=("${build_packages[@]}" dpkg-dev file)
+# shellcheck disable=SC2034
+test_packages=("${package_packages[@]}" libgtest-dev libgmock-dev qt5-image-formats-plugins locales
+    groff-base zsh fish parallel doxygen lintian fakeroot shared-mime-info
     clang libclang-rt-14-dev)
 # shellcheck disable=SC2034
 style_packages=("${test_packages[@]}" git clang-format clang-tidy)
@@ -14,10 +16,15 @@ is_installed() {
     [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 
+# As root, or with sudo that asks no password; fails where neither is to be had.
+as_root() {
+    local prefix=()
+    [ "$(id -u)" = 0 ] || prefix=(sudo --non-interactive)
+    "${prefix[@]}" "$@"
+}
+
 apt_get() {
-    local as_root=()
-    [ "$(id -u)" = 0 ] || as_root=(sudo --non-interactive)
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get --quiet --yes -o DPkg::Lock::Timeout=300 "$@"
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get --quiet --yes -o DPkg::Lock::Timeout=300 "$@"
 }
 
 # Installs the packages that are missing, without a question; does nothing and asks nobody when all are there.
@@ -51,4 +58,13 @@ build() {
     local messages
     messages=$(cmake --preset "$preset" "${options[@]}" 2>&1) || { echo "$messages" >&2; return 1; }
     cmake --build --preset "$preset" --target "${targets[@]}"
+}
+
+# make_packages: writes the Debian packages to build/packages.
+make_packages() {
+    # Below lib/<architecture>, also where the build began before it was so.
+    build release -UCMAKE_INSTALL_LIBDIR -- krmodel
+    rm -rf -- build/packages
+    local messages
+    messages=$(cpack --config build/release/CPackConfig.cmake -B build/packages 2>&1) || { echo "$messages" >&2; return 1; }
 }

@@ -1,4 +1,5 @@
 #include <map>
+#include <memory>
 
 #include <QFileInfo>
 #include <QImage>
@@ -26,7 +27,7 @@ class MimeTypes : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        s_directory = new QTemporaryDir;
+        s_directory = std::make_unique<QTemporaryDir>();
         const QString packages = s_directory->filePath(QStringLiteral("mime/packages"));
         ASSERT_TRUE(QDir().mkpath(packages));
         for (const char* source : {kSharedTypes, kTypes}) {
@@ -40,7 +41,7 @@ protected:
         qputenv("XDG_DATA_DIRS", QFile::encodeName(s_directory->path()));
         qputenv("XDG_DATA_HOME", QFile::encodeName(s_directory->path()));
     }
-    static void TearDownTestSuite() { delete s_directory; }
+    static void TearDownTestSuite() { s_directory.reset(); }
 
     static QString ByName(const char* fileName)
     {
@@ -70,11 +71,11 @@ protected:
     }
 
 private:
-    static QTemporaryDir* s_directory;
+    static std::unique_ptr<QTemporaryDir> s_directory;
     QTemporaryDir m_files;
 };
 
-QTemporaryDir* MimeTypes::s_directory = nullptr;
+std::unique_ptr<QTemporaryDir> MimeTypes::s_directory;
 
 /// The thumbnailer's entry, and the command that a file manager makes of it.
 class Thumbnailer : public Krmodel {
