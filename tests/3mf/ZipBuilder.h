@@ -14,13 +14,13 @@ namespace test {
 struct ZipEntry {
     QByteArray name;
     QByteArray content;
-    std::optional<QByteArray> deflated = {}; ///< instead of the content; what of it is inflated must be told
-    quint16 method = Z_DEFLATED;             ///< the content is deflated for this one only
+    quint16 method = Z_DEFLATED; ///< the content is deflated for this one only
     quint16 flags = 0;
     std::optional<quint32> checkSum = {};
     std::optional<quint32> inflatedSize = {};
     std::optional<quint32> compressedSize = {};
-    std::optional<quint32> signature = {}; ///< of the header in front of the content
+    std::optional<quint32> signature = {};   ///< of the header in front of the content
+    std::optional<QByteArray> deflated = {}; ///< instead of the content; what of it is inflated must be told
 };
 
 constexpr quint16 kIsEncrypted = 1;
