@@ -67,6 +67,7 @@ constexpr OptionRow kRows[] = {
 
     {"preview", "--size", "cube.stl out.png --size 64x64", "cube.stl out.png --size 64x48"},
     {"preview", "--view", "cube.stl out.png --size 64x64", "cube.stl out.png --size 64x64 --view top"},
+    {"preview", "--any-name", "cube.stl out --size 64x64", "cube.stl out --size 64x64 --any-name"},
     {"preview", "--thumbnail", "bolt.3mf out.png --size 64x64", "bolt.3mf out.png --size 64x64 --thumbnail"},
     {"preview", "--deflection", "bearing.step out.png --size 200x150 --angle 90 --deflection 100",
      "bearing.step out.png --size 200x150 --angle 90 --deflection 1"},
@@ -228,7 +229,7 @@ TEST_F(KrmodelOption, HasARowForEachOptionOfEachCommand)
     for (const OptionRow& row : kRows)
         shown[QLatin1String(row.command)] << QLatin1String(row.option);
     for (const char* line : kLimitedLines)
-        shown[CommandOf(line)] += Words("--max-memory --max-time --max-output");
+        shown[CommandOf(line)] += Words("--max-memory --max-time --max-input --max-output");
     for (const char* line : kLinesWithJobs)
         shown[CommandOf(line)] += Words("-j --jobs");
     const auto options = Options();
@@ -286,6 +287,20 @@ TEST_F(KrmodelOption, LimitsWhatTheProcessOfAFileMayUse)
 #endif
         kill(program.GetId(), SIGTERM);
         EXPECT_EQ(program.WaitForEnd().exitCode, Interrupted) << line;
+    }
+}
+
+TEST_F(KrmodelOption, LimitsWhatACommandReads)
+{
+    for (const char* name : {"large.obj", "large.png", "large.path"}) {
+        QFile file(Path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize((1 << 20) + 1));
+    }
+    for (const char* line : kLimitedLines) {
+        const QStringList words =
+            Words(line).replaceInStrings(QStringLiteral("pipe."), QStringLiteral("large."));
+        EXPECT_EQ(Run(words + Words("--max-input 1")).exitCode, Stopped) << line;
+        EXPECT_NE(Run(words + Words("--max-input 2")).exitCode, Stopped) << line;
     }
 }
 
