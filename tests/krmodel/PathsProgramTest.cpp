@@ -124,29 +124,17 @@ TEST_F(KrmodelPaths, SaysWhyAFileGivesNothing)
     WritePaths("none.path", {});
     WritePaths("bare.path", {{1, {{}, {}}}, {2, {}}});
     EXPECT_TRUE(QDir().mkdir(Path("directory")));
-    const struct {
-        const char* fileName;
-        int exitCode;
-        const char* message;
-    } kCases[] = {
-        {"missing.path", CannotOpen, "cannot open"},
-        {"directory", CannotOpen, "cannot open"},
-        {"cut.path", NotReadable, "not readable as a path file"},
-        {"zero.path", NotReadable, "not readable as a path file"},
-        {"text.path", NotReadable, "not readable as a path file"},
-        {"none.path", Empty, "holds no point"},
-        {"bare.path", Empty, "holds no point"},
-    };
-    for (const auto& [fileName, exitCode, message] : kCases)
-        for (const char* line : {"paths %1", "paths %1 --picture out.png"}) {
-            const ProgramRun run = Run(Words(line, QLatin1String(fileName)));
-            EXPECT_EQ(run.exitCode, exitCode) << fileName;
-            EXPECT_EQ(run.output, QString()) << fileName;
-            EXPECT_TRUE(run.errors.startsWith(
-                QStringLiteral("krmodel: %1: %2").arg(QLatin1String(fileName), QLatin1String(message))))
-                << run.errors.toStdString();
-        }
-    EXPECT_FALSE(Files().contains(QStringLiteral("out.png")));
+    ExpectFailures(
+        {
+            {"missing.path", CannotOpen, "cannot open"},
+            {"directory", CannotOpen, "cannot open"},
+            {"cut.path", NotReadable, "not readable as a path file"},
+            {"zero.path", NotReadable, "not readable as a path file"},
+            {"text.path", NotReadable, "not readable as a path file"},
+            {"none.path", Empty, "holds no point"},
+            {"bare.path", Empty, "holds no point"},
+        },
+        {"paths %1", "paths %1 --picture out.png"});
 }
 
 TEST_F(KrmodelPaths, LeavesTheOldPictureAndNothingElseWhenItFails)
@@ -161,22 +149,15 @@ TEST_F(KrmodelPaths, LeavesTheOldPictureAndNothingElseWhenItFails)
 TEST_F(KrmodelPaths, ReportsAPictureThatCannotBeWritten)
 {
     WritePaths("in.path", {{1, {kSquare}}});
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), Path("full.png")));
-    for (const char* line : {"paths in.path --picture full.png", "paths in.path --picture no/such/place.png"})
-        EXPECT_EQ(Run(line).exitCode, WriteFailed) << line;
+    ExpectUnwritable("png", {"paths in.path --picture %1"});
 }
 
 TEST_F(KrmodelPaths, RefusesWhatMakesNoSense)
 {
     WritePaths("in.path", {{1, {kSquare}}});
-    for (const char* line : {"paths", "paths in.path in.path", "paths in.path --size 100x100",
-                             "paths in.path --picture", "paths in.path --picture out.jpg",
-                             "paths in.path --picture out.png --size 100", "paths in.path --view top"}) {
-        const ProgramRun run = Run(line);
-        EXPECT_EQ(run.exitCode, Usage) << line;
-        EXPECT_FALSE(run.errors.isEmpty()) << line;
-    }
-    EXPECT_EQ(Files(), QStringList{QStringLiteral("in.path")});
+    ExpectUsageErrors({"paths", "paths in.path in.path", "paths in.path --size 100x100",
+                       "paths in.path --picture", "paths in.path --picture out.jpg",
+                       "paths in.path --picture out.png --size 100", "paths in.path --view top"});
 }
 
 TEST_F(KrmodelPaths, HelpTellsHowToDraw)

@@ -7,9 +7,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 
 #include "apps/krmodel/Failure.h"
+#include "tests/common/Directory.h"
 
 namespace {
 
@@ -19,26 +19,18 @@ using krmodel::PendingFile;
 
 class PendingFileTest : public ::testing::Test {
 protected:
-    QString Path(const char* name) const { return m_directory.filePath(QString::fromUtf8(name)); }
-    QStringList Names() const
-    {
-        return QDir(m_directory.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
-    }
+    QString Path(const char* name) const { return m_directory.Path(QString::fromUtf8(name)); }
+    QStringList Names() const { return QDir(Path(".")).entryList(QDir::Files | QDir::Hidden | QDir::System); }
     static void Write(const QString& fileName, const QByteArray& bytes)
     {
         QFile file(fileName);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         ASSERT_EQ(file.write(bytes), bytes.size());
     }
-    static QByteArray Bytes(const QString& fileName)
-    {
-        QFile file(fileName);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    }
+    static QByteArray Bytes(const QString& fileName) { return test::Directory::Read(fileName); }
 
 private:
-    QTemporaryDir m_directory;
+    test::Directory m_directory;
 };
 
 TEST_F(PendingFileTest, CreatesNothingByItself)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <initializer_list>
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -35,6 +37,15 @@ inline QStringList Words(const char* line, const QString& fileName = {})
     QStringList words = QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     return words.replaceInStrings(QStringLiteral("%1"), fileName);
 }
+
+/// A file, and how the program ends with it.
+struct FailingFile {
+    const char* name;
+    int exitCode;
+    const char* message; ///< the first words behind the file's name
+};
+
+using CommandLines = std::initializer_list<const char*>;
 
 /// Runs the program in a directory of the test's own.
 class Krmodel : public ::testing::Test {
@@ -77,6 +88,51 @@ protected:
         return QDir(m_directory.path()).entryList(QDir::Files | QDir::System | QDir::Hidden);
     }
     QStringList Files() const { return QDir(m_directory.path()).entryList(QDir::Files | QDir::System); }
+
+    /// Each line, in which "%1" stands for the file, prints nothing but a sentence that begins so on standard
+    /// error, and writes no file.
+    void ExpectFailures(std::initializer_list<FailingFile> files, CommandLines lines) const
+    {
+        const QStringList before = AllFiles();
+        for (const auto& [name, exitCode, message] : files)
+            for (const char* line : lines) {
+                const ProgramRun run = Run(Words(line, QString::fromUtf8(name)));
+                EXPECT_EQ(run.exitCode, exitCode) << line << ' ' << name;
+                EXPECT_EQ(run.output, QString()) << line << ' ' << name;
+                const QString begin = QStringLiteral("krmodel: %1: %2");
+                // The PNG library may have said something of its own before.
+                EXPECT_TRUE(run.errors.contains(begin.arg(QString::fromUtf8(name), QLatin1String(message))))
+                    << run.errors.toStdString();
+            }
+        EXPECT_EQ(AllFiles(), before);
+    }
+    /// None of the lines can be understood, and none writes a file.
+    void ExpectUsageErrors(CommandLines lines) const
+    {
+        const QStringList before = AllFiles();
+        for (const char* line : lines) {
+            const ProgramRun run = Run(line);
+            EXPECT_EQ(run.exitCode, Usage) << line;
+            EXPECT_EQ(run.output, QString()) << line;
+            EXPECT_FALSE(run.errors.isEmpty()) << line;
+        }
+        EXPECT_EQ(AllFiles(), before);
+    }
+    /// "%1" stands for outputs that cannot be written: on a full device, and in a directory that is not
+    /// there.
+    /// @param suffix  of the output
+    void ExpectUnwritable(const char* suffix, CommandLines lines) const
+    {
+        const QString full = QStringLiteral("full.") + QLatin1String(suffix);
+        QFile::link(QStringLiteral("/dev/full"), Path(full.toUtf8().constData()));
+        for (const char* line : lines)
+            for (const QString& output : {full, QStringLiteral("no/such/place.") + QLatin1String(suffix)}) {
+                const ProgramRun run = Run(Words(line, output));
+                EXPECT_EQ(run.exitCode, WriteFailed) << line << output.toStdString();
+                EXPECT_TRUE(run.errors.startsWith(QStringLiteral("krmodel: %1: ").arg(output)))
+                    << run.errors.toStdString();
+            }
+    }
 
 private:
     QTemporaryDir m_directory;

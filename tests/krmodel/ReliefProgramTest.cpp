@@ -200,22 +200,11 @@ TEST_F(KrmodelRelief, ReportsAPictureThatIsMissingOrNone)
     Write("none.png", "no picture");
     Write("cut.png", test::Picture({60, 40}, "PNG").left(30));
     EXPECT_TRUE(QDir().mkdir(Path("directory")));
-    const struct {
-        const char* line;
-        int exitCode;
-        const char* message;
-    } kCases[] = {
-        {"relief missing.png out.stl", CannotOpen, "krmodel: missing.png: cannot open"},
-        {"relief directory out.stl", CannotOpen, "krmodel: directory: cannot open"},
-        {"relief none.png out.stl", NotReadable, "krmodel: none.png: not readable as a picture"},
-        {"relief cut.png out.stl", NotReadable, "krmodel: cut.png: not readable as a picture"},
-    };
-    for (const auto& [line, exitCode, message] : kCases) {
-        const ProgramRun run = Run(line);
-        EXPECT_EQ(run.exitCode, exitCode) << line;
-        EXPECT_TRUE(run.errors.contains(QLatin1String(message))) << run.errors.toStdString();
-    }
-    EXPECT_FALSE(Files().contains(QStringLiteral("out.stl")));
+    ExpectFailures({{"missing.png", CannotOpen, "cannot open"},
+                    {"directory", CannotOpen, "cannot open"},
+                    {"none.png", NotReadable, "not readable as a picture"},
+                    {"cut.png", NotReadable, "not readable as a picture"}},
+                   {"relief %1 out.stl"});
 }
 
 TEST_F(KrmodelRelief, ReportsAPictureThatIsTooSmall)
@@ -243,39 +232,32 @@ TEST_F(KrmodelRelief, LeavesTheOldFileAndNothingElseWhenItFails)
 TEST_F(KrmodelRelief, ReportsAnOutputThatCannotBeWritten)
 {
     WriteGrey("in.png", {30, 30});
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), Path("full.stl")));
-    for (const char* line : {"relief in.png full.stl", "relief in.png no/such/place.stl"})
-        EXPECT_EQ(Run(line).exitCode, WriteFailed) << line;
+    ExpectUnwritable("stl", {"relief in.png %1"});
 }
 
 TEST_F(KrmodelRelief, RefusesWhatMakesNoSense)
 {
     WriteGrey("in.png", {4, 4});
-    for (const char* line : {
-             "relief",
-             "relief in.png",
-             "relief in.png out.xyz",
-             "relief in.png out.obj --binary",
-             "relief in.png out.3mf --ascii",
-             "relief in.png out.stl --width 0",
-             "relief in.png out.stl --width -3",
-             "relief in.png out.stl --width nan",
-             "relief in.png out.stl --width inf",
-             "relief in.png out.stl --width 10mm",
-             "relief in.png out.stl --depth 0",
-             "relief in.png out.stl --min-height -1",
-             "relief in.png out.stl --max-height -1",
-             "relief in.png out.stl --blur -1",
-             "relief in.png out.stl --blur 1.5",
-             "relief in.png out.stl --scale 0",
-             "relief in.png out.stl --scale 101",
-             "relief in.png out.stl --ascii --binary",
-         }) {
-        const ProgramRun run = Run(line);
-        EXPECT_EQ(run.exitCode, Usage) << line;
-        EXPECT_FALSE(run.errors.isEmpty()) << line;
-    }
-    EXPECT_EQ(Files(), QStringList{QStringLiteral("in.png")});
+    ExpectUsageErrors({
+        "relief",
+        "relief in.png",
+        "relief in.png out.xyz",
+        "relief in.png out.obj --binary",
+        "relief in.png out.3mf --ascii",
+        "relief in.png out.stl --width 0",
+        "relief in.png out.stl --width -3",
+        "relief in.png out.stl --width nan",
+        "relief in.png out.stl --width inf",
+        "relief in.png out.stl --width 10mm",
+        "relief in.png out.stl --depth 0",
+        "relief in.png out.stl --min-height -1",
+        "relief in.png out.stl --max-height -1",
+        "relief in.png out.stl --blur -1",
+        "relief in.png out.stl --blur 1.5",
+        "relief in.png out.stl --scale 0",
+        "relief in.png out.stl --scale 101",
+        "relief in.png out.stl --ascii --binary",
+    });
 }
 
 TEST_F(KrmodelRelief, HelpTellsUnitsAndDefaults)

@@ -209,86 +209,60 @@ TEST_F(KrmodelTexture, SaysWhyAFileGivesNoPicture)
     WriteDocument("bare.texture", {{QStringLiteral("image_data"), QString()}});
     WriteDocument("bad.texture", {{QStringLiteral("image_data"), QStringLiteral("AAAA")}});
     EXPECT_TRUE(QDir().mkdir(Path("directory")));
-    const struct {
-        const char* fileName;
-        int exitCode;
-        const char* message;
-    } kCases[] = {
-        {"missing.texture", CannotOpen, "cannot open"},
-        {"directory", CannotOpen, "cannot open"},
-        {"text.texture", NotReadable, "not readable as a texture file"},
-        {"cut.texture", NotReadable, "not readable as a texture file"},
-        {"array.texture", NotReadable, "not readable as a texture file"},
-        {"other.texture", NotReadable, "not readable as a texture file"},
-        {"odd.texture", NotReadable, "not readable as a texture file"},
-        {"bare.texture", Empty, "holds no picture"},
-        {"bad.texture", NotReadable, "its picture is damaged"},
-    };
-    for (const auto& [fileName, exitCode, message] : kCases)
-        for (const char* line : {"texture show %1", "texture extract %1 out.png"}) {
-            const ProgramRun run = Run(Words(line, QLatin1String(fileName)));
-            EXPECT_EQ(run.exitCode, exitCode) << fileName;
-            EXPECT_EQ(run.output, QString()) << fileName;
-            EXPECT_TRUE(run.errors.startsWith(
-                QStringLiteral("krmodel: %1: %2").arg(QLatin1String(fileName), QLatin1String(message))))
-                << run.errors.toStdString();
-        }
-    EXPECT_FALSE(Files().contains(QStringLiteral("out.png")));
+    ExpectFailures(
+        {
+            {"missing.texture", CannotOpen, "cannot open"},
+            {"directory", CannotOpen, "cannot open"},
+            {"text.texture", NotReadable, "not readable as a texture file"},
+            {"cut.texture", NotReadable, "not readable as a texture file"},
+            {"array.texture", NotReadable, "not readable as a texture file"},
+            {"other.texture", NotReadable, "not readable as a texture file"},
+            {"odd.texture", NotReadable, "not readable as a texture file"},
+            {"bare.texture", Empty, "holds no picture"},
+            {"bad.texture", NotReadable, "its picture is damaged"},
+        },
+        {"texture show %1", "texture extract %1 out.png"});
 }
 
 TEST_F(KrmodelTexture, SaysWhyAPictureGivesNoTexture)
 {
     Write("none.png", "no picture");
-    const ProgramRun none = Run("texture make none.png out.texture");
-    EXPECT_EQ(none.exitCode, NotReadable);
-    EXPECT_TRUE(none.errors.startsWith(QStringLiteral("krmodel: none.png: not readable as a picture")));
-    EXPECT_EQ(Run("texture make missing.png out.texture").exitCode, CannotOpen);
-    EXPECT_EQ(Files(), QStringList{QStringLiteral("none.png")});
+    ExpectFailures(
+        {{"none.png", NotReadable, "not readable as a picture"}, {"missing.png", CannotOpen, "cannot open"}},
+        {"texture make %1 out.texture"});
 }
 
 TEST_F(KrmodelTexture, ReportsAnOutputThatCannotBeWritten)
 {
     Made("");
-    for (const char* name : {"full.texture", "full.png"})
-        ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), Path(name)));
-    for (const char* line :
-         {"texture make wood.png full.texture", "texture make wood.png no/such/place.texture",
-          "texture extract out.texture full.png", "texture extract out.texture no/such/place.png"}) {
-        const ProgramRun run = Run(line);
-        EXPECT_EQ(run.exitCode, WriteFailed) << line;
-        EXPECT_FALSE(run.errors.isEmpty()) << line;
-    }
+    ExpectUnwritable("texture", {"texture make wood.png %1"});
+    ExpectUnwritable("png", {"texture extract out.texture %1"});
 }
 
 TEST_F(KrmodelTexture, RefusesWhatMakesNoSense)
 {
     WritePicture("in.png", {2, 2});
-    for (const char* line : {
-             "texture",
-             "texture paint in.png",
-             "texture make in.png",
-             "texture make in.png out.json",
-             "texture make in.png out.texture --name /",
-             "texture make in.png out.texture --name a/b",
-             "texture make in.png out.texture --namespace 12",
-             "texture make in.png out.texture --wrap CLAMP_EDGE",
-             "texture make in.png out.texture --border reddish",
-             "texture make in.png out.texture --offset 1",
-             "texture make in.png out.texture --offset 1 up",
-             "texture make in.png out.texture --repeat nan 1",
-             "texture make in.png out.texture --rotation inf",
-             "texture make in.png out.texture --longest-side -1",
-             "texture make in.png out.texture --longest-side 2.5",
-             "texture show",
-             "texture show a.texture b.texture",
-             "texture extract a.texture",
-             "texture extract a.texture a.jpg",
-         }) {
-        const ProgramRun run = Run(line);
-        EXPECT_EQ(run.exitCode, Usage) << line;
-        EXPECT_EQ(run.output, QString()) << line;
-        EXPECT_FALSE(run.errors.isEmpty()) << line;
-    }
+    ExpectUsageErrors({
+        "texture",
+        "texture paint in.png",
+        "texture make in.png",
+        "texture make in.png out.json",
+        "texture make in.png out.texture --name /",
+        "texture make in.png out.texture --name a/b",
+        "texture make in.png out.texture --namespace 12",
+        "texture make in.png out.texture --wrap CLAMP_EDGE",
+        "texture make in.png out.texture --border reddish",
+        "texture make in.png out.texture --offset 1",
+        "texture make in.png out.texture --offset 1 up",
+        "texture make in.png out.texture --repeat nan 1",
+        "texture make in.png out.texture --rotation inf",
+        "texture make in.png out.texture --longest-side -1",
+        "texture make in.png out.texture --longest-side 2.5",
+        "texture show",
+        "texture show a.texture b.texture",
+        "texture extract a.texture",
+        "texture extract a.texture a.jpg",
+    });
     const ProgramRun blank =
         Run(Words("texture make in.png out.texture --name") + QStringList(QStringLiteral(" ")));
     EXPECT_EQ(blank.exitCode, Usage);
