@@ -54,7 +54,7 @@ ExitCode WorkWithJson(const QString& input, const Job& work)
 
 Job JobOf(const Task& task, const BatchOptions& options)
 {
-    const Job work = [&task, most = options.inputBytes] {
+    Job work = [&task, most = options.inputBytes] {
         RequireSize(task.input, most);
         return task.work();
     };

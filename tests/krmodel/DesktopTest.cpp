@@ -27,21 +27,21 @@ class MimeTypes : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        s_directory = std::make_unique<QTemporaryDir>();
-        const QString packages = s_directory->filePath(QStringLiteral("mime/packages"));
+        sharedDirectory = std::make_unique<QTemporaryDir>();
+        const QString packages = sharedDirectory->filePath(QStringLiteral("mime/packages"));
         ASSERT_TRUE(QDir().mkpath(packages));
         for (const char* source : {kSharedTypes, kTypes}) {
             const QString name = QString::fromUtf8(source);
             ASSERT_TRUE(QFile::copy(name, packages + QLatin1Char('/') + QFileInfo(name).fileName()));
         }
-        const QString database = s_directory->filePath(QStringLiteral("mime"));
+        const QString database = sharedDirectory->filePath(QStringLiteral("mime"));
         const ProgramRun run = RunProgram(QStringLiteral("update-mime-database"), {database});
         ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
         // Whatever else is known on this computer is not looked at.
-        qputenv("XDG_DATA_DIRS", QFile::encodeName(s_directory->path()));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(s_directory->path()));
+        qputenv("XDG_DATA_DIRS", QFile::encodeName(sharedDirectory->path()));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(sharedDirectory->path()));
     }
-    static void TearDownTestSuite() { s_directory.reset(); }
+    static void TearDownTestSuite() { sharedDirectory.reset(); }
 
     static QString ByName(const char* fileName)
     {
@@ -71,11 +71,11 @@ protected:
     }
 
 private:
-    static std::unique_ptr<QTemporaryDir> s_directory;
+    static std::unique_ptr<QTemporaryDir> sharedDirectory;
     QTemporaryDir m_files;
 };
 
-std::unique_ptr<QTemporaryDir> MimeTypes::s_directory;
+std::unique_ptr<QTemporaryDir> MimeTypes::sharedDirectory;
 
 /// The thumbnailer's entry, and the command that a file manager makes of it.
 class Thumbnailer : public Krmodel {
