@@ -1,10 +1,11 @@
 #include "apps/krmodel/Picture.h"
 
-#include <algorithm>
 #include <new>
+#include <optional>
 
 #include <QBuffer>
-#include <QImageReader>
+
+#include "core/utility/ImageTool.h"
 
 namespace krmodel {
 
@@ -12,44 +13,47 @@ namespace {
 
 constexpr qint64 kMostPixels = 16'777'216;
 
-/// Reads the picture's header. The reader would also find formats that a model file has no business with.
-class Reader {
-public:
-    explicit Reader(const QByteArray& bytes)
-    {
-        m_buffer.setData(bytes);
-        m_buffer.open(QIODevice::ReadOnly);
-        m_reader.setDevice(&m_buffer);
-        m_reader.setDecideFormatFromContent(true);
-        m_format = m_reader.format();
-    }
+bool IsJpeg(const QByteArray& bytes)
+{
+    return bytes.startsWith("\xff\xd8");
+}
 
-    bool IsPng() const { return m_format == "png"; }
-    QSize GetSize() const
-    {
-        if (!IsPng() && m_format != "jpeg")
-            return {};
-        const QSize size = m_reader.size();
-        return size.isEmpty() || qint64(size.width()) * size.height() > kMostPixels ? QSize() : size;
-    }
-    QImage Decode() { return GetSize().isEmpty() ? QImage() : m_reader.read(); }
+bool Fits(QSize size)
+{
+    return !size.isEmpty() && qint64(size.width()) * size.height() <= kMostPixels;
+}
 
-private:
-    QBuffer m_buffer;
-    QImageReader m_reader;
-    QByteArray m_format;
-};
+/// As the header tells; a null size for what is no picture.
+QSize AnnouncedSize(QIODevice& picture)
+{
+    QSize announced;
+    QImage none;
+    static_cast<void>(ImageTool::ReadPicture(picture, none, [&](const QSize& size) -> std::optional<QSize> {
+        announced = size;
+        return std::nullopt;
+    }));
+    return announced;
+}
+
+/// Qt would also find formats that a model file has no business with.
+bool IsThumbnail(const QByteArray& bytes)
+{
+    return IsPng(bytes) || IsJpeg(bytes);
+}
 
 } // namespace
 
 QSize PictureSize(const QByteArray& bytes)
 {
-    return Reader(bytes).GetSize();
+    QBuffer buffer;
+    buffer.setData(bytes);
+    const QSize size = IsThumbnail(bytes) ? AnnouncedSize(buffer) : QSize();
+    return Fits(size) ? size : QSize();
 }
 
 bool IsPng(const QByteArray& bytes)
 {
-    return Reader(bytes).IsPng();
+    return bytes.startsWith("\x89PNG\r\n\x1a\n");
 }
 
 void RequireRoomForPixels(QIODevice& picture, const std::function<bool(const QSize& size)>& isWanted)
@@ -61,14 +65,20 @@ void RequireRoomForPixels(QIODevice& picture, const std::function<bool(const QSi
     take(kOthers);
     if (!(picture.isOpen() || picture.open(QIODevice::ReadOnly)) || !picture.seek(0))
         return;
-    const QSize size = QImageReader(&picture).size();
+    const QSize size = AnnouncedSize(picture);
     if (!size.isEmpty() && isWanted(size))
         take(kOthers + kBytesPerPixel * size.width() * size.height());
 }
 
 QImage DecodePicture(const QByteArray& bytes)
 {
-    return Reader(bytes).Decode();
+    QBuffer buffer;
+    buffer.setData(bytes);
+    QImage picture;
+    const auto choose = [](const QSize& size) {
+        return Fits(size) ? std::make_optional(size) : std::nullopt;
+    };
+    return IsThumbnail(bytes) && ImageTool::ReadPicture(buffer, picture, choose) ? picture : QImage();
 }
 
 QByteArray EncodePng(const QImage& image)
