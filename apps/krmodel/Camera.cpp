@@ -51,12 +51,4 @@ ScreenPoint Camera::Project(const Eigen::Vector3f& point) const
             inverse};
 }
 
-Eigen::Vector3f Camera::Unproject(const ScreenPoint& point) const
-{
-    const float distance = 1 / point.inverseDistance;
-    const float scale = distance / m_focalPixels;
-    return {(point.x - float(m_size.width()) / 2) * scale, (float(m_size.height()) / 2 - point.y) * scale,
-            m_distance - distance};
-}
-
 } // namespace krmodel

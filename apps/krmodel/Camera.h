@@ -15,7 +15,7 @@ struct View {
 /// The first one is the default.
 constexpr View kViews[] = {
     {"three-quarter", -32, 26}, {"front", 0, 0}, {"right", 90, 0},   {"back", 180, 0},
-    {"left", -90, 0},           {"top", 0, 90},  {"bottom", 0, -90},
+    {"left", -90, 0},           {"top", 0, 90},  {"bottom", 0, -90}, {"iso", 45, 35.264},
 };
 
 /// A point of the picture: pixels from the top left corner, and one over the distance from the viewer, which
@@ -45,7 +45,13 @@ public:
     /// @param point in camera axes, nearer than the viewer
     ScreenPoint Project(const Eigen::Vector3f& point) const;
     /// The inverse of Project().
-    Eigen::Vector3f Unproject(const ScreenPoint& point) const;
+    Eigen::Vector3f Unproject(const ScreenPoint& point) const
+    {
+        const float distance = 1 / point.inverseDistance;
+        const float scale = distance / m_focalPixels;
+        return {(point.x - float(m_size.width()) / 2) * scale, (float(m_size.height()) / 2 - point.y) * scale,
+                m_distance - distance};
+    }
     Eigen::Vector3f GetPosition() const { return {0, 0, m_distance}; }
     /// Pixels that a length takes at the given distance from the viewer.
     float PixelsOf(float length, float inverseDistance) const

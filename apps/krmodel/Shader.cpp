@@ -83,7 +83,12 @@ float Cross(const Eigen::Vector2f& a, const Eigen::Vector2f& b)
 
 Shader::Shader(const Scene& scene, const Camera& camera, const VisibilityBuffer& visible,
                const std::vector<ScreenPoint>& projected)
-    : m_scene(scene), m_camera(camera), m_visible(visible), m_projected(projected), m_normals(scene)
+    : m_scene(scene),
+      m_camera(camera),
+      m_visible(visible),
+      m_projected(projected),
+      m_depths(visible),
+      m_normals(scene)
 {
     const Eigen::Vector3f up = camera.GetUp();
     if (up.z() > kLowestGroundSine)
@@ -156,15 +161,18 @@ float Shader::OcclusionAt(int x, int y, const Eigen::Vector3f& point, const Eige
     const float reachPixels = m_camera.PixelsOf(kOcclusionReach, m_visible.InverseDistanceAt(x, y));
     float sum = 0;
     for (const Eigen::Vector2f& tap : RingFor(x, y)) {
-        const int tapX = x + int(reachPixels * tap.x()), tapY = y + int(reachPixels * tap.y());
-        const float inverseDistance = m_visible.InverseDistanceAt(tapX, tapY);
-        if (inverseDistance <= 0)
+        const ScreenPoint there =
+            m_depths.Near(float(x) + reachPixels * tap.x(), float(y) + reachPixels * tap.y());
+        if (there.inverseDistance <= 0)
             continue;
-        const Eigen::Vector3f towards =
-            m_camera.Unproject({float(tapX) + 0.5F, float(tapY) + 0.5F, inverseDistance}) - point;
+        const Eigen::Vector3f towards = m_camera.Unproject(there) - point;
+        const float height = towards.dot(normal);
+        // Most of what is around lies in the plane of the surface or below it.
+        if (height <= 0)
+            continue;
         const float squared = towards.squaredNorm() + 1e-6F;
         const float near = std::max(0.0F, 1 - squared / (kOcclusionReach * kOcclusionReach));
-        sum += near * std::max(0.0F, towards.dot(normal) / std::sqrt(squared) - kFlat);
+        sum += near * std::max(0.0F, height / std::sqrt(squared) - kFlat);
     }
     return std::min(kMostOcclusion, kOcclusionStrength * sum / kOcclusionTaps);
 }

@@ -8,6 +8,7 @@
 
 #include "apps/krmodel/CornerNormals.h"
 #include "apps/krmodel/GroundShadow.h"
+#include "apps/krmodel/SparseDepths.h"
 #include "apps/krmodel/VisibilityBuffer.h"
 
 namespace krmodel {
@@ -41,6 +42,7 @@ private:
     const Camera& m_camera;
     const VisibilityBuffer& m_visible;
     const std::vector<ScreenPoint>& m_projected;
+    SparseDepths m_depths;
     CornerNormals m_normals;
     std::optional<GroundShadow> m_shadow;
 };

@@ -17,6 +17,7 @@ public:
     /// front of the viewer.
     void Draw(int face, const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c);
 
+    QSize GetSize() const { return m_size; }
     /// -1 where nothing was drawn; also outside the picture.
     int FaceAt(int x, int y) const { return IsInside(x, y) ? m_faces[IndexOf(x, y)] : -1; }
     /// 0 where nothing was drawn; also outside the picture.
