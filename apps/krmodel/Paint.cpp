@@ -11,17 +11,11 @@ namespace krmodel {
 
 namespace {
 
-/// A part of a colour as pictures hold it (sRGB, 0..1) as a part of light.
-float Decoded(float part)
-{
-    return part <= 0.04045F ? part / 12.92F : std::pow((part + 0.055F) / 1.055F, 2.4F);
-}
-
 std::array<float, 256> DecodedBytes()
 {
     std::array<float, 256> parts{};
     for (size_t i = 0; i < parts.size(); ++i)
-        parts[i] = Decoded(float(i) / 255);
+        parts[i] = DecodedPart(float(i) / 255);
     return parts;
 }
 
@@ -31,7 +25,7 @@ const std::array<float, 256> kDecodedBytes = DecodedBytes();
 Colour ColourOf(const Vector3D<float>& diffuse)
 {
     const auto part = [](float value) {
-        return std::isfinite(value) ? Decoded(std::clamp(value, 0.0F, 1.0F)) : 0.0F;
+        return std::isfinite(value) ? DecodedPart(std::clamp(value, 0.0F, 1.0F)) : 0.0F;
     };
     return {part(diffuse.x), part(diffuse.y), part(diffuse.z)};
 }
@@ -62,6 +56,8 @@ struct Between {
 } // namespace
 
 Paint::Paint() : m_colour(kOwnColour) {}
+
+Paint::Paint(const Colour& colour) : m_colour(colour) {}
 
 Paint::Paint(const MeshMaterialInfo& material)
     : m_colour(ColourOf(material)), m_texture(material.diffuseTexture)

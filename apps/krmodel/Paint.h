@@ -10,6 +10,8 @@ class Paint {
 public:
     /// The program's own colour.
     Paint();
+    /// One colour all over.
+    explicit Paint(const Colour& colour);
     /// The material's diffuse colour and texture; the program's own colour if it has neither.
     explicit Paint(const MeshMaterialInfo& material);
 

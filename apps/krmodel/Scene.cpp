@@ -1,8 +1,11 @@
 #include "apps/krmodel/Scene.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <Eigen/Geometry>
+#include <QColor>
+#include <QHash>
 
 #include "apps/krmodel/Materials.h"
 
@@ -72,7 +75,62 @@ void AddFaces(const Model& model, Scene& scene)
     }
 }
 
-void AddPaints(const Model& model, Scene& scene)
+/// What objects are told apart by, to be mixed with light; none like the back of a surface.
+const Colour kObjectColours[] = {
+    kOwnColour,
+    {0.66F, 0.42F, 0.14F},
+    {0.22F, 0.45F, 0.24F},
+    {0.40F, 0.29F, 0.56F},
+    {0.60F, 0.58F, 0.54F},
+    {0.10F, 0.44F, 0.45F},
+    {0.64F, 0.33F, 0.44F},
+    {0.62F, 0.57F, 0.18F},
+};
+
+/// The colours that a package names; those that can be understood.
+std::vector<Colour> ColoursOf(const Model& model)
+{
+    std::vector<Colour> colours;
+    // "#RRGGBB" or "#RRGGBBAA"; Qt would take the latter's parts for others.
+    for (const QString& text : model.colours.texts)
+        if (const QColor colour(text.left(7)); text.startsWith(QLatin1Char('#')) && colour.isValid())
+            colours.push_back(Decoded(colour.rgb()));
+    return colours;
+}
+
+/// Objects of one name are of one kind, as the screws of an assembly; one without a name is a kind of its
+/// own.
+std::vector<int> KindOfEachObject(const Model& model)
+{
+    std::vector<int> kinds;
+    QHash<QString, int> kindOfName;
+    int count = 0;
+    for (const auto& mesh : model.meshes) {
+        const QString name = mesh->GetObjectName();
+        const bool isKnown = !name.isEmpty() && kindOfName.contains(name);
+        kinds.push_back(isKnown ? kindOfName.value(name) : count++);
+        kindOfName.insert(name, kinds.back());
+    }
+    return kinds;
+}
+
+void AddObjectPaints(const Model& model, Scene& scene)
+{
+    std::vector<Colour> colours = ColoursOf(model);
+    if (colours.empty() && model.meshes.size() > 1)
+        colours.assign(std::begin(kObjectColours), std::end(kObjectColours));
+    if (colours.empty())
+        return;
+    const int firstPaint = int(scene.paints.size());
+    for (const Colour& colour : colours)
+        scene.paints.emplace_back(colour);
+    const std::vector<int> kinds = KindOfEachObject(model);
+    for (size_t i = 0; i < kinds.size(); ++i)
+        scene.paintOfFace.insert(scene.paintOfFace.end(), model.meshes[i]->GetFacesVecPtr()->size(),
+                                 firstPaint + kinds[i] % int(colours.size()));
+}
+
+void AddGroupPaints(const Model& model, Scene& scene)
 {
     for (const int group : GroupOfEachFace(model))
         scene.paintOfFace.push_back(group + 1);
@@ -124,7 +182,10 @@ Scene BuildScene(const Model& model, Camera& camera)
     Scene scene;
     AddPoints(model, BoundsOf(model), camera, scene);
     AddFaces(model, scene);
-    AddPaints(model, scene);
+    if (model.groups.empty())
+        AddObjectPaints(model, scene);
+    else
+        AddGroupPaints(model, scene);
     Fit(scene, camera);
     return scene;
 }

@@ -97,7 +97,7 @@ TEST(Renderer, ShowsTheWholeModelFromEachSide)
 {
     for (const View& view : kViews) {
         const QImage image = RenderModel(Tetrahedron(10), view, kSize), backdrop = Backdrop(view, kSize);
-        EXPECT_GT(CountDrawnPixels(Tetrahedron(10), view), 300) << view.name;
+        EXPECT_GT(CountDrawnPixels(Tetrahedron(10), view), 250) << view.name;
         // The surface is blue; the border of the picture shows the backdrop or a grey shadow.
         for (int x = 0; x < kSize.width(); ++x)
             for (const int y : {0, kSize.height() - 1})
@@ -208,6 +208,68 @@ TEST(Renderer, ShowsOneColourWhenTheGroupsDoNotFitTheFaces)
         group.material.setDiffuse({0, 1, 0});
     model.groups[1].faceCount = 2'000'000'000;
     EXPECT_EQ(RenderModel(model, kFront, kSize), RenderModel(Square(true), kFront, kSize));
+}
+
+/// Two squares side by side.
+Model TwoObjects(const char* firstName, const char* secondName)
+{
+    Model model = Square(true);
+    AddMesh(model, {{2, 0, 0}, {3, 0, 0}, {3, 0, 1}, {2, 0, 1}}, {{0, 1, 2}, {0, 2, 3}});
+    model.meshes[0]->SetObjectName(QString::fromLatin1(firstName));
+    model.meshes[1]->SetObjectName(QString::fromLatin1(secondName));
+    return model;
+}
+
+struct TwoColours {
+    QRgb first, second;
+};
+
+TwoColours ColoursOf(const Model& model)
+{
+    const QImage image = RenderModel(model, kFront, kSize);
+    return {image.pixel(14, 20), image.pixel(46, 20)};
+}
+
+bool AreAlike(QRgb a, QRgb b)
+{
+    return qAbs(qRed(a) - qRed(b)) + qAbs(qGreen(a) - qGreen(b)) + qAbs(qBlue(a) - qBlue(b)) < 40;
+}
+
+TEST(Renderer, GivesObjectsOfDifferentNamesDifferentColours)
+{
+    const TwoColours colours = ColoursOf(TwoObjects("block", "screw"));
+    EXPECT_TRUE(AreAlike(colours.first, Middle(RenderModel(Square(true), kFront, kSize))));
+    EXPECT_FALSE(AreAlike(colours.first, colours.second));
+}
+
+TEST(Renderer, GivesObjectsOfOneNameOneColour)
+{
+    const TwoColours colours = ColoursOf(TwoObjects("screw", "screw"));
+    EXPECT_TRUE(AreAlike(colours.first, colours.second));
+}
+
+TEST(Renderer, GivesObjectsWithoutANameAColourEach)
+{
+    const TwoColours colours = ColoursOf(TwoObjects("", ""));
+    EXPECT_FALSE(AreAlike(colours.first, colours.second));
+}
+
+TEST(Renderer, TakesTheColoursOfThePackageInTheirOrder)
+{
+    Model model = TwoObjects("", "");
+    model.colours = {7, {QStringLiteral("#FF0000"), QStringLiteral("odd"), QStringLiteral("#00FF0080")}};
+    const TwoColours colours = ColoursOf(model);
+    EXPECT_GT(qRed(colours.first), qGreen(colours.first) + 100);
+    EXPECT_TRUE(IsGreen(colours.second));
+}
+
+TEST(Renderer, BeginsAgainWhenThereAreMoreObjectsThanColours)
+{
+    Model model = TwoObjects("", "");
+    model.colours = {7, {QStringLiteral("#00FF00")}};
+    const TwoColours colours = ColoursOf(model);
+    EXPECT_TRUE(IsGreen(colours.first));
+    EXPECT_TRUE(IsGreen(colours.second));
 }
 
 /// The left half of the texture is red, the right half green.
