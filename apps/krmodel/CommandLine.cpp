@@ -3,8 +3,6 @@
 #include <cmath>
 #include <vector>
 
-#include <QStringList>
-
 namespace krmodel {
 
 namespace {
@@ -71,6 +69,15 @@ CLI::Option* AddText(CLI::App& verb, const char* name, QString& text, const char
 {
     const auto take = [&text](const std::string& utf8) { text = QString::fromStdString(utf8); };
     return verb.add_option_function<std::string>(name, take, help);
+}
+
+CLI::Option* AddFileNames(CLI::App& verb, QStringList& names, const char* help)
+{
+    const auto take = [&names](const std::vector<std::string>& texts) {
+        for (const std::string& utf8 : texts)
+            names << QString::fromStdString(utf8);
+    };
+    return verb.add_option_function<std::vector<std::string>>("FILE", take, help)->required();
 }
 
 void AddEncoding(CLI::App& verb, std::optional<Encoding>& encoding)

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <QSize>
 #include <QString>
+#include <QStringList>
 
 #include "apps/krmodel/ExitCode.h"
 #include "apps/krmodel/Formats.h"
@@ -24,6 +25,9 @@ CLI::App* AddVerb(CLI::App& app, const char* name, const char* help, Command& co
 
 /// Adds a text, of the command line's UTF-8.
 CLI::Option* AddText(CLI::App& verb, const char* name, QString& text, const char* help);
+
+/// Adds file names, one or more.
+CLI::Option* AddFileNames(CLI::App& verb, QStringList& names, const char* help);
 
 /// Adds --ascii and --binary.
 void AddEncoding(CLI::App& verb, std::optional<Encoding>& encoding);

@@ -1,10 +1,9 @@
 #include "apps/krmodel/Conversion.h"
 
 #include <QDir>
-#include <QFileInfo>
-#include <QSet>
 
 #include "apps/krmodel/Failure.h"
+#include "apps/krmodel/OutputNames.h"
 
 namespace krmodel {
 
@@ -23,14 +22,6 @@ bool IsStandard(const QString& name)
 QString TemporaryName(const QString& name, const QString& suffix)
 {
     return QDir::temp().filePath(name + QLatin1Char('.') + suffix);
-}
-
-/// Names alike that lead to one place are one.
-QString PlaceOf(const QString& fileName)
-{
-    const QFileInfo info(fileName);
-    const QString canonical = info.canonicalFilePath();
-    return canonical.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : canonical;
 }
 
 void TakeStandardInput(Conversion& conversion, const ConvertOptions& options)
@@ -64,35 +55,12 @@ Conversion PairOf(const ConvertOptions& options, const QString& input, const QSt
     return conversion;
 }
 
-/// As it was typed, up to the last slash.
-QString FolderOf(const QString& fileName)
-{
-    return fileName.left(fileName.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
-QString OutputNameOf(const ConvertOptions& options, const QString& input)
-{
-    const QString name = (IsStandard(input) ? QStringLiteral("stdin") : QFileInfo(input).completeBaseName()) +
-                         QLatin1Char('.') + options.to;
-    return options.directory.isEmpty() ? FolderOf(input) + name : QDir(options.directory).filePath(name);
-}
-
 std::vector<Conversion> PlanMany(const ConvertOptions& options)
 {
     std::vector<Conversion> conversions;
-    QSet<QString> inputs, outputs;
-    for (const QString& input : options.files)
-        inputs.insert(PlaceOf(input));
-    for (const QString& input : options.files) {
-        const QString output = OutputNameOf(options, input);
-        const QString place = PlaceOf(output);
-        if (inputs.contains(place))
-            Refuse(output + QStringLiteral(": is an input, name another --directory for the outputs"));
-        if (outputs.contains(place))
-            Refuse(output + QStringLiteral(": two inputs would be written to this file"));
-        outputs.insert(place);
-        conversions.push_back(PairOf(options, input, output));
-    }
+    const QStringList outputs = NameOutputs(options.files, options.directory, options.to);
+    for (int i = 0; i < outputs.size(); ++i)
+        conversions.push_back(PairOf(options, options.files[i], outputs[i]));
     return conversions;
 }
 
@@ -125,13 +93,6 @@ std::vector<Conversion> PlanConversions(const ConvertOptions& options)
     if (fromStandardInput == 0 && !options.from.isEmpty())
         Refuse(QStringLiteral("--from goes with \"-\", standard input; files are known by their suffixes"));
     return conversions;
-}
-
-QString NumberedName(const QString& fileName, size_t number)
-{
-    const QFileInfo info(fileName);
-    return FolderOf(fileName) +
-           QStringLiteral("%1-%2.%3").arg(info.completeBaseName(), QString::number(number), info.suffix());
 }
 
 } // namespace krmodel

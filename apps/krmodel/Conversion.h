@@ -40,7 +40,4 @@ struct Conversion {
 /// @throws Failure with Usage, before anything is read
 std::vector<Conversion> PlanConversions(const ConvertOptions& options);
 
-/// The file of the object of this number, counted from 1: "part.stl" gives "part-1.stl".
-QString NumberedName(const QString& fileName, size_t number);
-
 } // namespace krmodel

@@ -12,6 +12,7 @@
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/Json.h"
 #include "apps/krmodel/Loss.h"
+#include "apps/krmodel/OutputNames.h"
 #include "apps/krmodel/Placement.h"
 #include "apps/krmodel/Texts.h"
 #include "fileformat/3mf/Model3MF.h"
@@ -241,15 +242,10 @@ std::string CheckSuffix(const std::string& suffix)
 
 void AddFiles(CLI::App& verb, Options& options)
 {
-    const auto take = [&options](const std::vector<std::string>& fileNames) {
-        for (const std::string& fileName : fileNames)
-            options.files << QString::fromStdString(fileName);
-    };
-    verb.add_option_function<std::vector<std::string>>(
-            "FILE", take,
-            "IN OUT: the model file to read and the one to write; or with --to any number of model files to "
-            "read. \"-\" is standard input or output")
-        ->required();
+    AddFileNames(
+        verb, options.files,
+        "IN OUT: the model file to read and the one to write; or with --to any number of model files to "
+        "read. \"-\" is standard input or output");
     AddText(verb, "--to", options.to,
             "write each input in this format, to a file of its name with this suffix; or the format of \"-\" "
             "as the second of two names")

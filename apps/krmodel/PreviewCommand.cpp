@@ -1,5 +1,4 @@
-#include <algorithm>
-#include <iterator>
+#include <cstdio>
 #include <memory>
 
 #include <QImage>
@@ -8,45 +7,29 @@
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Failure.h"
 #include "apps/krmodel/ModelFile.h"
+#include "apps/krmodel/OutputNames.h"
 #include "apps/krmodel/Picture.h"
 #include "apps/krmodel/Placement.h"
 #include "apps/krmodel/PngFile.h"
+#include "apps/krmodel/PreviewLook.h"
 #include "apps/krmodel/Renderer.h"
+#include "apps/krmodel/Stage.h"
 
 namespace krmodel {
 
 namespace {
 
 struct Options {
-    QString input;
-    QString output;
+    QStringList files;
+    QString directory;
     std::optional<QSize> size; ///< none when the person did not say
-    const View* view = &kViews[0];
+    View view = kViews[0];
+    Background background;
     bool wantsThumbnail = false;
     bool takesAnyName = false;
     ReadOptions reading;
     BatchOptions batch;
 };
-
-std::string AllViewNames()
-{
-    std::string names;
-    for (const View& view : kViews)
-        names += std::string(names.empty() ? "" : ", ") + view.name;
-    return names;
-}
-
-const View* FindView(const std::string& name)
-{
-    const auto found = std::find_if(std::begin(kViews), std::end(kViews),
-                                    [&](const View& view) { return name == view.name; });
-    return found == std::end(kViews) ? nullptr : found;
-}
-
-std::string CheckView(const std::string& text)
-{
-    return FindView(text) ? std::string() : "'" + text + "' is not one of " + AllViewNames();
-}
 
 /// Made smaller, in its proportions, until it fits.
 QImage Shrunk(const QImage& picture, QSize most)
@@ -73,34 +56,62 @@ QByteArray StoredPicture(const QString& fileName, const Thumbnail& thumbnail, st
 
 QByteArray Drawing(Model& model, const Options& options)
 {
+    EnterStage(Stage::Drawing);
     PlaceInMillimetres(model);
-    return EncodePng(RenderModel(model, *options.view, options.size.value_or(kUsualPictureSize)));
+    return EncodePng(
+        RenderModel(model, options.view, options.size.value_or(kUsualPictureSize), options.background));
 }
 
-ExitCode Preview(const Options& options, const PendingFile& output)
+/// Of many pictures each has a line.
+void PrintLine(const QString& input, const PendingFile& output)
 {
-    LoadedModel loaded = LoadModel(options.input, options.reading);
-    WritePng(output, options.wantsThumbnail
-                         ? StoredPicture(options.input, loaded.model.thumbnail, options.size)
-                         : Drawing(loaded.model, options));
+    const QString line = input + QStringLiteral(": drawn as ") + output.GetTarget() + QLatin1Char('\n');
+    std::fputs(line.toUtf8().constData(), stdout);
+}
+
+ExitCode Preview(const Options& options, const QString& input, const PendingFile& output)
+{
+    LoadedModel loaded = LoadModel(input, options.reading);
+    WritePng(output, options.wantsThumbnail ? StoredPicture(input, loaded.model.thumbnail, options.size)
+                                            : Drawing(loaded.model, options));
+    if (!options.directory.isEmpty() && !options.batch.isQuiet)
+        PrintLine(input, output);
     return ExitCode::Done;
+}
+
+Task TaskOf(const Options& options, const QString& input, const QString& output)
+{
+    const PendingFile file(output);
+    return {input, [&options, input, file] { return Preview(options, input, file); }, {file}};
 }
 
 ExitCode RunPreview(const Options& options)
 {
-    if (!options.takesAnyName)
-        RequirePngName(options.output);
-    const PendingFile output(options.output);
-    return RunTasks({{options.input, [&] { return Preview(options, output); }, {output}}}, options.batch);
+    const QStringList& files = options.files;
+    if (options.directory.isEmpty()) {
+        if (files.size() != 2)
+            throw Failure(ExitCode::Usage,
+                          QStringLiteral("name one model file and one picture, or any number of model files "
+                                         "and --directory"));
+        if (!options.takesAnyName)
+            RequirePngName(files[1]);
+        return RunTasks({TaskOf(options, files[0], files[1])}, options.batch);
+    }
+    const QStringList outputs = NameOutputs(files, options.directory, QStringLiteral("png"));
+    std::vector<Task> tasks;
+    for (int i = 0; i < files.size(); ++i)
+        tasks.push_back(TaskOf(options, files[i], outputs[i]));
+    return RunTasks(tasks, options.batch);
 }
 
-CLI::Option* AddView(CLI::App& verb, const View*& view)
+void AddPictures(CLI::App& verb, Options& options)
 {
-    const auto take = [&view](const std::string& name) { view = FindView(name); };
-    return verb.add_option_function<std::string>("--view", take, "where to look from: " + AllViewNames())
-        ->default_str(view->name)
-        ->type_name("NAME")
-        ->check(CheckView);
+    AddFileNames(
+        verb, options.files,
+        "IN OUT.png: the model file to read and the picture to write; or with --directory any number "
+        "of model files to read");
+    AddText(verb, "--directory", options.directory, "draw each model into a PNG file of its name, here")
+        ->type_name("DIRECTORY");
 }
 
 } // namespace
@@ -108,21 +119,24 @@ CLI::Option* AddView(CLI::App& verb, const View*& view)
 void AddPreview(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = AddVerb(app, "preview", "Draw a shaded picture of a model; needs no display", command,
+    options->batch.form = Form::Lines;
+    CLI::App* verb = AddVerb(app, "preview", "Draw shaded pictures of models; needs no display", command,
                              [options] { return RunPreview(*options); });
-    AddText(*verb, "IN", options->input, "model file to read")->required();
-    AddText(*verb, "OUT.png", options->output, "picture to write, PNG")->required();
+    AddPictures(*verb, *options);
     AddPictureSize(
         *verb, options->size,
         "width and height of the picture in pixels; with --thumbnail the largest that it may have");
     CLI::Option* view = AddView(*verb, options->view);
+    CLI::Option* background = AddBackground(*verb, options->background);
     verb->add_flag("--thumbnail", options->wantsThumbnail,
                    "write the picture that the model file keeps instead")
-        ->excludes(view);
+        ->excludes(view)
+        ->excludes(background);
     verb->add_flag("--any-name", options->takesAnyName,
                    "write the picture, a PNG, under any name, as file managers give it");
     AddReading(*verb, options->reading);
-    AddQuiet(*verb, options->batch);
+    AddQuiet(*verb, options->batch, "show no progress, and no line for each picture");
+    AddJobs(*verb, options->batch);
     AddLimits(*verb, options->batch);
 }
 

@@ -55,9 +55,13 @@ public:
             m_table[i] = EncodedPart(float(i) / float(m_table.size() - 1));
     }
 
-    QRgb operator()(const Colour& light) const
+    QRgb operator()(const Sample& light) const
     {
-        return qRgb(Look(light.x()), Look(light.y()), Look(light.z()));
+        const float cover = light.w();
+        if (cover <= 0)
+            return 0;
+        return qRgba(Look(light.x() / cover), Look(light.y() / cover), Look(light.z() / cover),
+                     int(std::lround(cover * 255)));
     }
 
 private:
@@ -69,12 +73,12 @@ private:
     std::array<int, 4096> m_table;
 };
 
-Colour MeanOf(const Shader& shader, int sampling, int column, int row)
+Sample MeanOf(const Shader& shader, int sampling, int column, int row)
 {
-    Colour sum = Colour::Zero();
+    Sample sum = Sample::Zero();
     for (int y = row * sampling; y < (row + 1) * sampling; ++y)
         for (int x = column * sampling; x < (column + 1) * sampling; ++x)
-            sum += shader.At(x, y).min(1.0F);
+            sum += shader.At(x, y);
     return sum / float(sampling * sampling);
 }
 
@@ -115,7 +119,7 @@ void ShadeRows(const Shader& shader, int sampling, QImage& image)
 
 } // namespace
 
-QImage RenderModel(const Model& model, const View& view, QSize size)
+QImage RenderModel(const Model& model, const View& view, QSize size, const Background& background)
 {
     const int sampling = SamplingFor(size);
     Camera camera(view, size * sampling);
@@ -123,8 +127,8 @@ QImage RenderModel(const Model& model, const View& view, QSize size)
     const std::vector<ScreenPoint> projected = ProjectAll(scene, camera);
     VisibilityBuffer visible(camera.GetSize());
     DrawFaces(scene, projected, visible);
-    const Shader shader(scene, camera, visible, projected);
-    QImage image(size, QImage::Format_RGB32);
+    const Shader shader(scene, camera, visible, projected, background);
+    QImage image(size, background.isTransparent ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     ShadeRows(shader, sampling, image);
     return image;
 }

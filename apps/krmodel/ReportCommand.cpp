@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <memory>
 
-#include <QStringList>
-
 namespace krmodel {
 
 namespace {
@@ -14,15 +12,6 @@ struct Options {
     ReadOptions reading;
     BatchOptions batch;
 };
-
-void AddInputs(CLI::App& verb, QStringList& inputs)
-{
-    const auto take = [&inputs](const std::vector<std::string>& fileNames) {
-        for (const std::string& fileName : fileNames)
-            inputs << QString::fromStdString(fileName);
-    };
-    verb.add_option_function<std::vector<std::string>>("FILE", take, "model files to read")->required();
-}
 
 ExitCode Print(const QString& fileName, const Options& options, Report report)
 {
@@ -48,7 +37,7 @@ CLI::App* AddReport(CLI::App& app, const char* name, const char* help, Form usua
     const auto options = std::make_shared<Options>();
     options->batch.form = usualForm;
     CLI::App* verb = AddVerb(app, name, help, command, [options, report] { return Run(*options, report); });
-    AddInputs(*verb, options->inputs);
+    AddFileNames(*verb, options->inputs, "model files to read");
     AddReading(*verb, options->reading);
     AddJson(*verb, options->batch);
     AddJobs(*verb, options->batch);

@@ -74,6 +74,13 @@ const TapRing& RingFor(int x, int y)
     return kOcclusionRings[(mixed * 0xC2B2AE3DU >> 20) % kTapRings];
 }
 
+/// How opaque black has to be to darken white as much. Programs lay pictures over each other by the numbers
+/// in their files, which are not proportional to light.
+float OpacityOfShadow(float shadow)
+{
+    return 1 - std::pow(1 - shadow, 1 / 2.2F);
+}
+
 float Cross(const Eigen::Vector2f& a, const Eigen::Vector2f& b)
 {
     return a.x() * b.y() - a.y() * b.x();
@@ -82,11 +89,12 @@ float Cross(const Eigen::Vector2f& a, const Eigen::Vector2f& b)
 } // namespace
 
 Shader::Shader(const Scene& scene, const Camera& camera, const VisibilityBuffer& visible,
-               const std::vector<ScreenPoint>& projected)
+               const std::vector<ScreenPoint>& projected, const Background& background)
     : m_scene(scene),
       m_camera(camera),
       m_visible(visible),
       m_projected(projected),
+      m_background(background),
       m_depths(visible),
       m_normals(scene)
 {
@@ -95,19 +103,25 @@ Shader::Shader(const Scene& scene, const Camera& camera, const VisibilityBuffer&
         m_shadow.emplace(scene, up, (up + kShadowLean).normalized());
 }
 
-Colour Shader::GroundAt(int x, int y) const
+Sample Shader::GroundAt(int x, int y) const
 {
+    const float shadow = kShadowStrength * ShadowAt(x, y);
+    if (m_background.isTransparent)
+        return {0, 0, 0, shadow > 0 ? OpacityOfShadow(shadow) : 0};
     const float down = (float(y) + 0.5F) / float(m_camera.GetSize().height());
-    Colour background = kBackgroundTop + (kBackgroundBottom - kBackgroundTop) * down;
+    return Opaque((m_background.top + (m_background.bottom - m_background.top) * down) * (1 - shadow));
+}
+
+float Shader::ShadowAt(int x, int y) const
+{
     if (!m_shadow)
-        return background;
+        return 0;
     const Eigen::Vector3f eye = m_camera.GetPosition();
     const Eigen::Vector3f ray = m_camera.Unproject({float(x) + 0.5F, float(y) + 0.5F, 1}) - eye;
     const Eigen::Vector3f up = m_camera.GetUp();
     const float steps = (m_scene.groundHeight - up.dot(eye)) / up.dot(ray);
     // Above the horizon the ground lies behind the viewer.
-    return steps > 0 ? Colour(background * (1 - kShadowStrength * m_shadow->At(eye + ray * steps)))
-                     : background;
+    return steps > 0 ? m_shadow->At(eye + ray * steps) : 0;
 }
 
 /// What each corner counts where the sample lies in the face, as seen in perspective.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <vector>
@@ -19,16 +20,22 @@ public:
     /// The arguments must outlive the shader.
     /// @param projected the scene's points in the picture
     Shader(const Scene& scene, const Camera& camera, const VisibilityBuffer& visible,
-           const std::vector<ScreenPoint>& projected);
+           const std::vector<ScreenPoint>& projected, const Background& background);
 
-    Colour At(int x, int y) const
+    Sample At(int x, int y) const
     {
         const int face = m_visible.FaceAt(x, y);
-        return face < 0 ? GroundAt(x, y) : SurfaceAt(face, x, y);
+        return face < 0 ? GroundAt(x, y) : Opaque(SurfaceAt(face, x, y));
     }
 
 private:
-    Colour GroundAt(int x, int y) const;
+    static Sample Opaque(const Colour& colour)
+    {
+        // Brighter than a picture can be, a sample would outshine its neighbours in the pixel.
+        return {std::min(colour.x(), 1.0F), std::min(colour.y(), 1.0F), std::min(colour.z(), 1.0F), 1};
+    }
+    Sample GroundAt(int x, int y) const;
+    float ShadowAt(int x, int y) const;
     Colour SurfaceAt(int face, int x, int y) const;
     Colour Lit(const Colour& material, const Eigen::Vector3f& normal, const Eigen::Vector3f& toViewer,
                float open) const;
@@ -42,6 +49,7 @@ private:
     const Camera& m_camera;
     const VisibilityBuffer& m_visible;
     const std::vector<ScreenPoint>& m_projected;
+    const Background& m_background;
     SparseDepths m_depths;
     CornerNormals m_normals;
     std::optional<GroundShadow> m_shadow;

@@ -313,8 +313,8 @@ TEST_F(Krmodel, EachCommandHasHelp)
         {"info --help", "krmodel info [OPTIONS] FILE...", "open edges"},
         {"check --help", "krmodel check [OPTIONS] FILE...", "--json"},
         {"convert --help", "krmodel convert [OPTIONS] FILE...", "--ascii"},
-        {"preview --help", "krmodel preview [OPTIONS] IN OUT", "800x600"},
-        {"preview --help", "krmodel preview", "three-quarter, front, right, back, left, top, bottom"},
+        {"preview --help", "krmodel preview [OPTIONS] FILE...", "800x600"},
+        {"preview --help", "krmodel preview", "three-quarter, front, right, back, left, top, bottom, iso"},
     };
     for (const auto& help : kHelp) {
         const ProgramRun run = Run(help.line);

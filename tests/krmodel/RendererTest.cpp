@@ -272,6 +272,45 @@ TEST(Renderer, BeginsAgainWhenThereAreMoreObjectsThanColours)
     EXPECT_TRUE(IsGreen(colours.second));
 }
 
+TEST(Renderer, DrawsBeforeOneColour)
+{
+    const krmodel::Background plain{krmodel::Decoded(0xFF203040), krmodel::Decoded(0xFF203040), false};
+    const QImage image = RenderModel(Square(true), kFront, kSize, plain);
+    EXPECT_EQ(image.pixel(0, 0), 0xFF203040);
+    EXPECT_EQ(image.pixel(0, kSize.height() - 1), 0xFF203040);
+    EXPECT_EQ(Middle(image), Middle(RenderModel(Square(true), kFront, kSize)));
+}
+
+TEST(Renderer, LeavesWhatIsBehindTransparent)
+{
+    const krmodel::Background none{{0, 0, 0}, {0, 0, 0}, true};
+    const QImage image = RenderModel(Square(true), {"turned", 20, 0}, kSize, none);
+    std::set<int> opacities;
+    for (int y = 0; y < kSize.height(); ++y)
+        for (int x = 0; x < kSize.width(); ++x)
+            opacities.insert(qAlpha(image.pixel(x, y)));
+    EXPECT_EQ(image.pixel(0, 0), 0U);
+    EXPECT_EQ(*opacities.begin(), 0);
+    EXPECT_EQ(*opacities.rbegin(), 255);
+    EXPECT_GT(opacities.size(), 4U) << "borders are smooth";
+    // A pixel of the border has the colour of the square, not darkened by the nothing beside it.
+    const QRgb square = Middle(image);
+    const auto isUnlike = [&](QRgb pixel, QRgb) { return qAlpha(pixel) > 30 && !AreAlike(pixel, square); };
+    EXPECT_EQ(CountPixels(image, image, isUnlike), 0);
+}
+
+TEST(Renderer, DarkensWhatIsBehindAShadowByItsOpacity)
+{
+    Model raised;
+    AddMesh(raised, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {0, 2, 3}});
+    AddMesh(raised, {{0.5F, 0.5F, -0.6F}, {0.501F, 0.5F, -0.6F}, {0.5F, 0.501F, -0.6F}}, {{0, 1, 2}});
+    const QImage image = RenderModel(raised, kViews[0], {100, 100}, {{0, 0, 0}, {0, 0, 0}, true});
+    const auto isShadow = [](QRgb pixel, QRgb) {
+        return qAlpha(pixel) > 40 && qAlpha(pixel) < 70 && qGray(pixel) == 0;
+    };
+    EXPECT_GT(CountPixels(image, image, isShadow), 100);
+}
+
 /// The left half of the texture is red, the right half green.
 void AddTexture(Model& model)
 {
