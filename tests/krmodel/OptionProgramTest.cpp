@@ -68,6 +68,9 @@ constexpr OptionRow kRows[] = {
     {"preview", "--size", "cube.stl out.png --size 64x64", "cube.stl out.png --size 64x48"},
     {"preview", "--view", "cube.stl out.png --size 64x64", "cube.stl out.png --size 64x64 --view top"},
     {"preview", "--any-name", "cube.stl out --size 64x64", "cube.stl out --size 64x64 --any-name"},
+    {"preview", "--background", "cube.stl out.png --size 64x64",
+     "cube.stl out.png --size 64x64 --background white"},
+    {"preview", "--directory", "cube.stl out.png --size 64x64", "cube.stl --size 64x64 --directory other"},
     {"preview", "--thumbnail", "bolt.3mf out.png --size 64x64", "bolt.3mf out.png --size 64x64 --thumbnail"},
     {"preview", "--deflection", "bearing.step out.png --size 200x150 --angle 90 --deflection 100",
      "bearing.step out.png --size 200x150 --angle 90 --deflection 1"},
@@ -122,9 +125,12 @@ constexpr const char* kLimitedLines[] = {
 };
 
 /// Commands that work on several files at a time, likewise.
-constexpr const char* kLinesWithJobs[] = {"info pipe.obj pipe.obj pipe.obj",
-                                          "check pipe.obj pipe.obj pipe.obj",
-                                          "convert pipe.obj other/pipe.obj third/pipe.obj --to stl"};
+constexpr const char* kLinesWithJobs[] = {
+    "info pipe.obj pipe.obj pipe.obj",
+    "check pipe.obj pipe.obj pipe.obj",
+    "convert pipe.obj other/pipe.obj third/pipe.obj --to stl",
+    "preview pipe.obj pipe2.obj pipe3.obj --directory other",
+};
 
 /// What a run did, as far as it is the same each time.
 struct Traces {
@@ -186,7 +192,8 @@ protected:
         EXPECT_TRUE(test::RandomPicture(8, 8).save(Path("noise.png")));
         for (const char* name : {"other", "third"})
             EXPECT_TRUE(QDir().mkdir(Path(name)));
-        for (const char* name : {"pipe.obj", "pipe.png", "pipe.path", "other/pipe.obj", "third/pipe.obj"})
+        for (const char* name : {"pipe.obj", "pipe.png", "pipe.path", "other/pipe.obj", "third/pipe.obj",
+                                 "pipe2.obj", "pipe3.obj"})
             EXPECT_EQ(mkfifo(QFile::encodeName(Path(name)), 0600), 0);
         m_inputs = Names();
     }
