@@ -19,7 +19,7 @@ namespace {
 
 using namespace test;
 
-constexpr std::size_t kRowCount = 96;
+constexpr std::size_t kRowCount = 97;
 
 constexpr char kNoPicture[] = "code 2";
 // The small picture of all formats that lose nothing.
@@ -298,6 +298,8 @@ MalformedRows Targas()
         {"targa: a kind of picture that nobody knows", Overwritten(good, kTypeAt, "\x63"), kNoPicture},
         {"targa: a file of zeros but for its footer", QByteArray(26, '\0') + good.right(26), kNoPicture},
         {"targa: more pixels than may be", Overwritten(good, kWidthAt, Bytes("\0\x80\1\x40")), kNoPicture},
+        {"targa: a footer that points behind the file",
+         Overwritten(good, good.size() - 26, QByteArray(8, '\x7f')), kGood},
         {"targa: 9 bits a pixel", Overwritten(good, kBitsAt, "\x09"), kNoPicture},
     };
 }
