@@ -16,8 +16,30 @@ constexpr std::size_t kRowCount = 84;
 
 constexpr QRgb kBrown = qRgb(150, 100, 50);
 
-/// Whether there is a picture, its size and first pixel; the name and the identifier; then of the parameters
-/// what is not as in a new object. A file that is refused leaves those of a new object: "no picture '' ''".
+void AddDifference(std::ostream& text, const char* name, double value, double usual)
+{
+    if (value != usual)
+        text << ' ' << name << ' ' << value;
+}
+
+/// What is not as in a new object.
+void AddParameters(std::ostream& text, const MeshMaterialParameters& parameters)
+{
+    const MeshMaterialParameters usual;
+    AddDifference(text, "s", parameters.wrapS, usual.wrapS);
+    AddDifference(text, "t", parameters.wrapT, usual.wrapT);
+    AddDifference(text, "red", double(parameters.borderColor.x), double(usual.borderColor.x));
+    AddDifference(text, "green", double(parameters.borderColor.y), double(usual.borderColor.y));
+    AddDifference(text, "blue", double(parameters.borderColor.z), double(usual.borderColor.z));
+    AddDifference(text, "alpha", double(parameters.borderColor.w), double(usual.borderColor.w));
+    AddDifference(text, "x", parameters.matrix.translation.x, usual.matrix.translation.x);
+    AddDifference(text, "y", parameters.matrix.translation.y, usual.matrix.translation.y);
+    AddDifference(text, "columns", parameters.matrix.repeat.x, usual.matrix.repeat.x);
+    AddDifference(text, "rows", parameters.matrix.repeat.y, usual.matrix.repeat.y);
+    AddDifference(text, "turn", parameters.matrix.rotation.z, usual.matrix.rotation.z);
+}
+
+/// Whether there is a picture, its size and first pixel; the name and the identifier; the parameters.
 std::string Read(const QString& path)
 {
     TextureFile texture = TextureOf(RandomPicture(3, 3));
@@ -32,26 +54,11 @@ std::string Read(const QString& path)
         text << "no picture";
     text << " '" << texture.getTextureName().toStdString() << "' '" << texture.GetPatternID().toStdString()
          << '\'';
-    const MeshMaterialParameters& parameters = texture.GetParameters();
-    const MeshMaterialParameters usual;
-    const auto add = [&](const char* name, double value, double usualValue) {
-        if (value != usualValue)
-            text << ' ' << name << ' ' << value;
-    };
-    add("s", parameters.wrapS, usual.wrapS);
-    add("t", parameters.wrapT, usual.wrapT);
-    add("red", double(parameters.borderColor.x), double(usual.borderColor.x));
-    add("green", double(parameters.borderColor.y), double(usual.borderColor.y));
-    add("blue", double(parameters.borderColor.z), double(usual.borderColor.z));
-    add("alpha", double(parameters.borderColor.w), double(usual.borderColor.w));
-    add("x", parameters.matrix.translation.x, usual.matrix.translation.x);
-    add("y", parameters.matrix.translation.y, usual.matrix.translation.y);
-    add("columns", parameters.matrix.repeat.x, usual.matrix.repeat.x);
-    add("rows", parameters.matrix.repeat.y, usual.matrix.repeat.y);
-    add("turn", parameters.matrix.rotation.z, usual.matrix.rotation.z);
+    AddParameters(text, texture.GetParameters());
     return text.str();
 }
 
+// What is left of a file that is refused altogether.
 constexpr char kNewObject[] = "no picture '' ''";
 constexpr char kGood[] = "2x1 966432 'oak' 'id'";
 
