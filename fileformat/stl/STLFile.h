@@ -25,8 +25,8 @@ public:
     /// it, is read as text; without three corners in it, it is read as binary after all. In text only
     /// "normal" and "vertex", each followed by three numbers, and "endsolid" matter; every other word is
     /// skipped, and all solids make one mesh. In binary the facet count must agree with the file's size; the
-    /// last record may lack its attribute word, and up to 49 surplus bytes, 48 excepted, are passed over.
-    /// Colours and attribute words are not kept.
+    /// last of several records may lack its attribute word, and up to 49 surplus bytes, 48 excepted, are
+    /// passed over. Colours and attribute words are not kept.
     ///
     /// On success the mesh's lists, counts, volume and what its finalisation provides are replaced, texture
     /// lists emptied; ids, name and transform stay. On failure, and when an exception passes, the mesh is as

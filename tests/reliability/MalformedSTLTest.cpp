@@ -16,7 +16,7 @@ namespace {
 using namespace test;
 using Limits = std::numeric_limits<float>;
 
-constexpr std::size_t kRowCount = 129;
+constexpr std::size_t kRowCount = 130;
 
 // What the builders' first facets become.
 constexpr char kOne[] = "0 0 0, 1 0 0, 0 1 0 | 0 1 2";
@@ -116,6 +116,7 @@ MalformedRows Counts()
         {"a count whose corners wrap to one record", claimed(0x55555556, 1), kRefused},
         {"a count with its high byte first", claimed(0x01000000, 1), kRefused},
         {"a last record without its attribute word", cut(2), kTwo},
+        {"a lone record without its attribute word", BinarySTL().Count(1).Facets(1).CutLast(2), kRefused},
         {"a last record without the attribute's high byte", cut(1), kRefused},
         {"a last record without the end of its last number", cut(3), kRefused},
         {"a last record without its last corner", cut(14), kRefused},
