@@ -29,11 +29,12 @@ struct KRCORE_MESH_EXPORT MeshMaterialInfo {
     float refractionIndex = 1;  ///< 1 does not bend light
     float opacity = 1;          ///< 0 transparent, 1 opaque
 
-    Vector3D<float> ambient = {0.2f, 0.2f, 0.2f}; ///< under light from everywhere
-    Vector3D<float> diffuse = {0.8f, 0.8f,
-                               0.8f}; ///< under light from one side, as the surface is turned to it
-    Vector3D<float> specular;         ///< of the highlight
-    Vector3D<float> emissive;         ///< without any light
+    /// Under light from everywhere.
+    Vector3D<float> ambient = {0.2f, 0.2f, 0.2f};
+    /// Under light from one side, as the surface is turned to it.
+    Vector3D<float> diffuse = {0.8f, 0.8f, 0.8f};
+    Vector3D<float> specular; ///< of the highlight
+    Vector3D<float> emissive; ///< without any light
 
     /// @{
     /// How the textures are laid on the surface, as in MeshMaterialParameters; the wrap modes as floats, as
