@@ -309,13 +309,16 @@ private:
         return !child.isFlooding;
     }
 
-    /// Two children's lines must not mix, so what is no whole line yet waits.
+    /// Two children's lines must not mix, so what is no whole line yet waits, but for what will hardly be
+    /// one.
     /// @return false when there will be no more
     bool TakeErrors(Child& child) const
     {
+        constexpr int kLongestLine = 1 << 16;
         const std::optional<QByteArray> bytes = ReadFrom(child.errorPipe);
         child.errors += bytes.value_or(QByteArray());
-        const int whole = bytes ? child.errors.lastIndexOf('\n') + 1 : child.errors.size();
+        const bool waits = bytes && child.errors.size() < kLongestLine;
+        const int whole = waits ? child.errors.lastIndexOf('\n') + 1 : child.errors.size();
         if (whole > 0)
             m_onlooker->takeErrors(child.errors.left(whole));
         child.errors.remove(0, whole);

@@ -71,14 +71,14 @@ bool IsDescribed(const MeshMaterialInfo& material)
 
 std::vector<MaterialTexture> TexturesOf(const MeshMaterialInfo& material)
 {
-    std::vector<MaterialTexture> textures = {{"diffuse", &material.diffuseTexture},
-                                             {"emissive", &material.emissiveTexture},
-                                             {"opacity", &material.opacityTexture},
-                                             {"bump", &material.bumpTexture}};
-    const auto isNameless = [](const MaterialTexture& texture) {
-        return texture.texture->fileName.isEmpty();
-    };
-    textures.erase(std::remove_if(textures.begin(), textures.end(), isNameless), textures.end());
+    const MaterialTexture all[] = {{"diffuse", &material.diffuseTexture},
+                                   {"emissive", &material.emissiveTexture},
+                                   {"opacity", &material.opacityTexture},
+                                   {"bump", &material.bumpTexture}};
+    std::vector<MaterialTexture> textures;
+    for (const MaterialTexture& texture : all)
+        if (!texture.texture->fileName.isEmpty())
+            textures.push_back(texture);
     return textures;
 }
 

@@ -276,6 +276,25 @@ TEST(Jobs, AreSilentOnStandardErrorWhileSomebodyLooksOn)
     EXPECT_EQ(std::count(seen.begin(), seen.end(), seen[0]), std::ptrdiff_t(seen.size()));
 }
 
+TEST(Jobs, KeepNoLineWithoutEndOnStandardErrorForWhoLooksOn)
+{
+    int longest = 0, all = 0;
+    const Onlooker onlooker = {[](const std::vector<JobAtWork>&, size_t) {},
+                               [&](const QByteArray& lines) {
+                                   longest = std::max(longest, lines.size());
+                                   all += lines.size();
+                               }};
+    constexpr int kSize = 4 << 20;
+    const Job tell = [] {
+        std::fputs(std::string(kSize, 'a').c_str(), stderr);
+        return ExitCode::Done;
+    };
+    EXPECT_TRUE(RunJobs(
+        {tell}, 1, {}, [](size_t, const JobEnd&) {}, &onlooker));
+    EXPECT_EQ(all, kSize);
+    EXPECT_LE(longest, 2 << 16);
+}
+
 TEST(Jobs, AreCountedForWhoLooksOn)
 {
     size_t mostAtWork = 0, mostEnded = 0;
