@@ -235,7 +235,7 @@ MalformedRows Pictures()
 } // namespace
 
 // Qt's parser loses an array or object whose key comes a second time; nothing of ours is made in there.
-extern "C" const char* __lsan_default_suppressions()
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions()
 {
     return "leak:libQt5Core";
 }
