@@ -135,6 +135,16 @@ QImage RandomPicture(int width, int height, unsigned seed)
     return RandomPicture(random, width, height);
 }
 
+QImage FourColors()
+{
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.setPixel(0, 0, qRgb(255, 0, 0));
+    image.setPixel(1, 0, qRgb(0, 255, 0));
+    image.setPixel(0, 1, qRgb(0, 0, 255));
+    image.setPixel(1, 1, qRgb(255, 255, 255));
+    return image;
+}
+
 QImage PlainPicture(int width, int height, QRgb color)
 {
     QImage image(width, height, QImage::Format_RGB32);

@@ -18,6 +18,9 @@ QImage GreyPicture(int width, const std::vector<int>& levels);
 /// The same from a seed.
 QImage RandomPicture(int width, int height, unsigned seed = 1);
 
+/// 2 x 2 pixels, red green above blue white.
+QImage FourColors();
+
 /// A picture of one colour.
 QImage PlainPicture(int width, int height, QRgb color);
 

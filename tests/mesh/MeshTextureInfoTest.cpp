@@ -17,20 +17,11 @@
 
 namespace {
 
+using test::FourColors;
+
 QStringList Statement(const QString& text)
 {
     return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
-// Red, green, blue and white; seen from the top: red green / blue white.
-QImage FourColors()
-{
-    QImage image(2, 2, QImage::Format_RGB32);
-    image.setPixel(0, 0, qRgb(255, 0, 0));
-    image.setPixel(1, 0, qRgb(0, 255, 0));
-    image.setPixel(0, 1, qRgb(0, 0, 255));
-    image.setPixel(1, 1, qRgb(255, 255, 255));
-    return image;
 }
 
 QImage Plain(int width, int height, QRgb color = qRgb(10, 20, 30))

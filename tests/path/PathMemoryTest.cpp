@@ -1,55 +1,24 @@
-#include <cstdlib>
+#include <algorithm>
+#include <atomic>
 #include <limits>
-#include <new>
 
 #include <gtest/gtest.h>
 
 #include "tests/common/Directory.h"
+#include "tests/common/WatchedNew.h"
 #include "tests/path/PathBytes.h"
-
-// Every allocation by new in the program passes here.
-namespace {
-
-std::size_t largestRequest = 0;
-
-void* Allocate(std::size_t size)
-{
-    largestRequest = size > largestRequest ? size : largestRequest;
-    if (void* const memory = std::malloc(size > 0 ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return Allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
 using test::PathBytes;
+
+std::atomic<std::size_t> largestRequest{0};
+
+bool NoteRequest(std::size_t size, const void*)
+{
+    largestRequest = std::max<std::size_t>(largestRequest, size);
+    return true;
+}
 
 constexpr std::size_t kReadingItself = std::size_t(256) * 1024;
 
@@ -60,6 +29,7 @@ bool IsRead(const QByteArray& bytes)
     DXFPathFile::Paths paths;
     std::map<int, QString> names;
     largestRequest = 0;
+    test::WatchNew(NoteRequest);
     return DXFPathFile::ReadDXFPathFile(paths, names, path);
 }
 

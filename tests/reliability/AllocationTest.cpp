@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <new>
 #include <string>
@@ -16,6 +15,7 @@
 #include "fileformat/stl/STLFile.h"
 #include "tests/common/Directory.h"
 #include "tests/common/OpenFiles.h"
+#include "tests/common/WatchedNew.h"
 #include "tests/reliability/Formats.h"
 
 // Every allocation of this project's code, in turn, finds no memory. Those of other libraries do: what these
@@ -55,95 +55,10 @@ bool IsOurs(const void* caller)
     return false;
 }
 
-bool MustFail(const void* caller)
+bool IsEnoughFor(std::size_t, const void* caller)
 {
-    return allocationsLeft >= 0 && IsOurs(caller) && allocationsLeft-- == 0;
+    return allocationsLeft < 0 || !IsOurs(caller) || allocationsLeft-- != 0;
 }
-
-void* Allocate(std::size_t size, std::size_t alignment)
-{
-    void* memory = nullptr;
-    return posix_memalign(&memory, alignment, size) == 0 ? memory : nullptr;
-}
-
-void* AllocateOrThrow(std::size_t size, std::size_t alignment, const void* caller)
-{
-    void* memory = MustFail(caller) ? nullptr : Allocate(size, alignment);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-constexpr std::size_t kUsualAlignment = __STDCPP_DEFAULT_NEW_ALIGNMENT__;
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return AllocateOrThrow(size, kUsualAlignment, __builtin_return_address(0));
-}
-
-void* operator new[](std::size_t size)
-{
-    return AllocateOrThrow(size, kUsualAlignment, __builtin_return_address(0));
-}
-
-void* operator new(std::size_t size, std::align_val_t alignment)
-{
-    return AllocateOrThrow(size, std::size_t(alignment), __builtin_return_address(0));
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return MustFail(__builtin_return_address(0)) ? nullptr : Allocate(size, kUsualAlignment);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return MustFail(__builtin_return_address(0)) ? nullptr : Allocate(size, kUsualAlignment);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::align_val_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, const std::nothrow_t&) noexcept
-{
-    std::free(memory);
-}
-
-namespace {
 
 using namespace test;
 
@@ -154,6 +69,7 @@ int FailEachAllocation(const std::function<void()>& call)
 {
     ourCode.clear();
     dl_iterate_phdr(NoteOurCode, nullptr);
+    WatchNew(IsEnoughFor);
     for (int count = 0;; ++count) {
         allocationsLeft = count;
         try {

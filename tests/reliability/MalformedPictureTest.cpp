@@ -22,20 +22,10 @@ using namespace test;
 constexpr std::size_t kRowCount = 97;
 
 constexpr char kNoPicture[] = "code 2";
-// The small picture of all formats that lose nothing.
+// FourColors() in all formats that lose nothing.
 constexpr char kGood[] = "2x2 ff0000 00ff00 0000ff ffffff";
 constexpr char kBlack[] = "2x2 000000";
 constexpr char kGrey[] = "16x8 808080";
-
-QImage SmallPicture()
-{
-    QImage image(2, 2, QImage::Format_RGB32);
-    image.setPixel(0, 0, qRgb(255, 0, 0));
-    image.setPixel(1, 0, qRgb(0, 255, 0));
-    image.setPixel(0, 1, qRgb(0, 0, 255));
-    image.setPixel(1, 1, qRgb(255, 255, 255));
-    return image;
-}
 
 /// The size and the pixels, row by row, or one for all that are alike.
 std::string TextOf(const QImage& image)
@@ -208,7 +198,7 @@ MalformedRows Bitmaps()
 {
     constexpr int kSizeAt = 2, kInfoSizeAt = 14, kPlanesAt = 26, kBitsAt = 28, kCompressionAt = 30,
                   kPixelsAt = 54;
-    const QByteArray good = Encoded(SmallPicture(), "BMP");
+    const QByteArray good = Encoded(FourColors(), "BMP");
     return {
         {"a bitmap's first letters wrong", Overwritten(good, 0, "BN"), kNoPicture},
         {"a bitmap cut within its first header", good.left(10), kNoPicture},
@@ -273,7 +263,7 @@ MalformedRows Photographs()
 
 MalformedRows TaggedPictures()
 {
-    const QByteArray good = Encoded(SmallPicture(), "TIFF");
+    const QByteArray good = Encoded(FourColors(), "TIFF");
     return {
         {"tags: a header of letters that are no byte order", Overwritten(good, 0, "IM"), kNoPicture},
         {"tags: the other byte order than the numbers have",
@@ -291,7 +281,7 @@ MalformedRows TaggedPictures()
 MalformedRows Targas()
 {
     constexpr int kTypeAt = 2, kWidthAt = 12, kBitsAt = 16;
-    const QByteArray good = TGA(SmallPicture(), Footer::OfVersion2);
+    const QByteArray good = TGA(FourColors(), Footer::OfVersion2);
     return {
         {"targa: a header cut short", good.left(10), kNoPicture},
         {"targa: a header alone", good.left(18), kNoPicture},

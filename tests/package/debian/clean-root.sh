@@ -44,13 +44,13 @@ unpack_base() {
     # No service is to be started for a test.
     printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
     chmod +x "$root/usr/sbin/policy-rc.d"
-    mkdir "$root/work"
-    cp -r -- "$packages"/*.deb "$sources/samples" "$sources/examples" "$root/work"
+    mkdir "$root/try"
+    cp -r -- "$packages"/*.deb "$sources/samples" "$sources/examples" "$root/try"
     find "$archives" -name '*.deb' -exec cp --target-directory="$root/var/cache/apt/archives" {} +
 }
 
 in_root() {
-    chroot "$root" env --ignore-environment --chdir=/work PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 \
+    chroot "$root" env --ignore-environment --chdir=/try PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 \
         DEBIAN_FRONTEND=noninteractive "$@"
 }
 
@@ -71,7 +71,7 @@ install() {
 # package PATTERN: the file of a package, as the system sees it.
 package() {
     # shellcheck disable=SC2206 # a pattern
-    local files=("$root"/work/$1_*.deb)
+    local files=("$root"/try/$1_*.deb)
     [ -e "${files[0]}" ] || fail "there is no package $1"
     echo "./${files[0]##*/}"
 }
@@ -108,17 +108,17 @@ build_consumers() {
     in_root sh -c 'g++ -std=c++17 examples/StitchAndMeasure.cpp -o by-pkg-config \
         $(pkg-config --cflags --libs KRCoreFileFormat)'
     in_root ./by-pkg-config samples/gear.stl by-pkg-config.stl
-    cmp "$root/work/by-cmake.stl" "$root/work/by-pkg-config.stl"
+    cmp "$root/try/by-cmake.stl" "$root/try/by-pkg-config.stl"
 }
 
 purge() {
     local left
     in_root apt-get --quiet --yes purge krmodel '^libkrcorefileformat' >"$directory/apt.log" 2>&1
-    rm -rf -- "$root/work"
+    rm -rf -- "$root/try"
     left=$(cd -- "$root" && find . -xdev \( -iname '*krcore*' -o -iname '*krmodel*' \) ! -path './var/log/*')
     [ -z "$left" ] || fail "left behind: $left"
     [ ! -e "$root/usr/share/mime/model/step.xml" ] || fail "the types of files are still known"
-    mkdir "$root/work"
+    mkdir "$root/try"
     ! in_root ldconfig -p | grep KRCore || fail "the loader still knows the libraries"
     ! grep -i krcore "$root/var/lib/dpkg/status" || fail "dpkg still knows the packages"
 }
