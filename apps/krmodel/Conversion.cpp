@@ -14,11 +14,6 @@ namespace {
     throw Failure(ExitCode::Usage, reason);
 }
 
-bool IsStandard(const QString& name)
-{
-    return name == QStringLiteral("-");
-}
-
 QString TemporaryName(const QString& name, const QString& suffix)
 {
     return QDir::temp().filePath(name + QLatin1Char('.') + suffix);

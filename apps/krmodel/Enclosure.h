@@ -10,7 +10,8 @@ namespace krmodel {
 using Triangle = std::array<Eigen::Vector3d, 3>;
 
 /// Which of some points a closed surface goes around. The surface is shown a facet at a time; a point costs
-/// only the facets above or below it, so that many points in a large surface take little longer than one.
+/// only the facets that reach across its x, so that many points in a large surface take little longer than
+/// one.
 ///
 /// From each point a ray goes upwards. A facet that it leaves through counts 1, one that it enters through
 /// -1: around the point the surface goes as often as the sum tells. Where the ray meets an edge or a corner,

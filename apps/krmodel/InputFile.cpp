@@ -9,7 +9,7 @@ namespace krmodel {
 
 void RequireReadable(const QString& fileName)
 {
-    // Qt would print a warning of its own.
+    // An error that begins with no name would tell nobody what is wrong.
     if (fileName.isEmpty())
         throw Failure(ExitCode::CannotOpen, QStringLiteral("cannot open a file without a name"));
     QFile file(fileName);

@@ -41,7 +41,7 @@ struct JobAtWork {
 
 /// Looks on while jobs are at work.
 struct Onlooker {
-    /// Called several times a second. The job that began first is the first one.
+    /// Called at least every tenth of a second. The job that began first is the first one.
     std::function<void(const std::vector<JobAtWork>& atWork, size_t endedCount)> look;
     /// Gets what jobs print on standard error, in whole lines, which comes here instead.
     std::function<void(const QByteArray& lines)> takeErrors;

@@ -31,13 +31,22 @@ QString FolderOf(const QString& fileName)
 
 QString NameOutput(const QString& input, const QString& directory, const QString& suffix)
 {
-    const bool isStandard = input == QStringLiteral("-");
-    const QString name = (isStandard ? QStringLiteral("stdin") : QFileInfo(input).completeBaseName()) +
+    const QString name = (IsStandard(input) ? QStringLiteral("stdin") : QFileInfo(input).completeBaseName()) +
                          QLatin1Char('.') + suffix;
     return directory.isEmpty() ? FolderOf(input) + name : QDir(directory).filePath(name);
 }
 
 } // namespace
+
+bool IsStandard(const QString& name)
+{
+    return name == QStringLiteral("-");
+}
+
+bool AreOneFile(const QString& name, const QString& other)
+{
+    return PlaceOf(name) == PlaceOf(other);
+}
 
 QStringList NameOutputs(const QStringList& inputs, const QString& directory, const QString& suffix)
 {

@@ -4,6 +4,8 @@
 #include <optional>
 
 #include <QBuffer>
+#include <QFileDevice>
+#include <QFileInfo>
 
 #include "core/utility/ImageTool.h"
 
@@ -63,6 +65,10 @@ void RequireRoomForPixels(QIODevice& picture, const std::function<bool(const QSi
     // A call of its own: the compiler may leave out a new expression of which nothing is used.
     const auto take = [](qint64 bytes) { ::operator delete(::operator new(size_t(bytes))); };
     take(kOthers);
+    // Opening a pipe waits for somebody to write into it.
+    const auto* const file = qobject_cast<const QFileDevice*>(&picture);
+    if (file && !QFileInfo(file->fileName()).isFile())
+        return;
     if (!(picture.isOpen() || picture.open(QIODevice::ReadOnly)) || !picture.seek(0))
         return;
     const QSize size = AnnouncedSize(picture);

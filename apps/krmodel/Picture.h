@@ -1,9 +1,11 @@
 #pragma once
 
-#include <QByteArray>
 #include <functional>
 
+#include <QByteArray>
 #include <QImage>
+
+class QIODevice;
 
 /// Pictures that come out of model files: PNG and JPEG, whatever their names say, up to 16 million pixels. A
 /// few bytes may claim to be more than memory holds.

@@ -24,10 +24,11 @@ Triangle TriangleOf(const std::vector<Vector3D<float>>& vertices, const Triangle
     return triangle;
 }
 
-/// @param origin  a corner of the piece: far from the origin of coordinates the volume would lose its digits
-void AddFacet(Piece& piece, const Triangle& triangle, const Eigen::Vector3d& origin)
+/// About a corner of the piece: far from the origin of coordinates the volume would lose its digits.
+void AddFacet(Piece& piece, const Triangle& triangle)
 {
     const auto& [a, b, c] = triangle;
+    const Eigen::Vector3d& origin = piece.corner;
     piece.volume += (a - origin).dot((b - origin).cross(c - origin)) / 6;
     for (const Eigen::Vector3d& corner : triangle)
         piece.box.extend(corner);
@@ -47,11 +48,13 @@ std::vector<size_t> Hulls(const std::vector<Piece>& pieces)
     return hulls;
 }
 
-/// What a piece may have within it, as far as boxes tell.
+/// What a piece may have within it, as far as boxes tell; more cannot be told of one with a hole.
 class Hull {
 public:
     Hull(const Piece& hull, const std::vector<const Piece*>& inward)
-        : m_candidates(CandidatesIn(hull, inward)), m_enclosure(CornersOf(m_candidates))
+        : m_isClosed(hull.isInOrder),
+          m_candidates(CandidatesIn(hull, inward)),
+          m_enclosure(CornersOf(m_candidates))
     {}
 
     void Add(const Triangle& facet) { m_enclosure.Add(facet); }
@@ -59,7 +62,7 @@ public:
     void AddCavities(std::vector<const Piece*>& cavities) const
     {
         for (size_t i = 0; i < m_candidates.size(); ++i)
-            if (m_enclosure.Holds(i))
+            if (!m_isClosed || m_enclosure.Holds(i))
                 cavities.push_back(m_candidates[i]);
     }
 
@@ -80,6 +83,7 @@ private:
         return corners;
     }
 
+    bool m_isClosed;
     std::vector<const Piece*> m_candidates;
     Enclosure m_enclosure;
 };
@@ -122,16 +126,16 @@ Pieces CollectPieces(const std::vector<Vector3D<float>>& vertices, const std::ve
             continue;
         // The first facet of a set comes first.
         const auto set = size_t(sets.SetOf(int(i)));
-        const Eigen::Vector3d corner = TriangleOf(vertices, facets[set])[0];
+        const Triangle triangle = TriangleOf(vertices, facets[i]);
         if (set == i) {
             pieces.pieceOf[i] = int(pieces.list.size());
             Piece& piece = pieces.list.emplace_back();
             piece.firstFacet = int(i);
-            piece.corner = corner;
+            piece.corner = triangle[0];
         }
         pieces.pieceOf[i] = pieces.pieceOf[set];
         Piece& piece = pieces.list[size_t(pieces.pieceOf[i])];
-        AddFacet(piece, TriangleOf(vertices, facets[i]), corner);
+        AddFacet(piece, triangle);
         piece.isInOrder = piece.isInOrder && !isBroken[i];
     }
     return pieces;

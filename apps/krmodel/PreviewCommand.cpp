@@ -95,6 +95,8 @@ ExitCode RunPreview(const Options& options)
                                          "and --directory"));
         if (!options.takesAnyName)
             RequirePngName(files[1]);
+        else if (AreOneFile(files[0], files[1]))
+            throw Failure(ExitCode::Usage, files[1] + QStringLiteral(": is the model file itself"));
         return RunTasks({TaskOf(options, files[0], files[1])}, options.batch);
     }
     const QStringList outputs = NameOutputs(files, options.directory, QStringLiteral("png"));
@@ -104,13 +106,14 @@ ExitCode RunPreview(const Options& options)
     return RunTasks(tasks, options.batch);
 }
 
-void AddPictures(CLI::App& verb, Options& options)
+CLI::Option* AddPictures(CLI::App& verb, Options& options)
 {
     AddFileNames(
         verb, options.files,
         "IN OUT.png: the model file to read and the picture to write; or with --directory any number "
         "of model files to read");
-    AddText(verb, "--directory", options.directory, "draw each model into a PNG file of its name, here")
+    return AddText(verb, "--directory", options.directory,
+                   "draw each model into a PNG file of its name, here")
         ->type_name("DIRECTORY");
 }
 
@@ -122,7 +125,7 @@ void AddPreview(CLI::App& app, Command& command)
     options->batch.form = Form::Lines;
     CLI::App* verb = AddVerb(app, "preview", "Draw shaded pictures of models; needs no display", command,
                              [options] { return RunPreview(*options); });
-    AddPictures(*verb, *options);
+    CLI::Option* directory = AddPictures(*verb, *options);
     AddPictureSize(
         *verb, options->size,
         "width and height of the picture in pixels; with --thumbnail the largest that it may have");
@@ -133,7 +136,8 @@ void AddPreview(CLI::App& app, Command& command)
         ->excludes(view)
         ->excludes(background);
     verb->add_flag("--any-name", options->takesAnyName,
-                   "write the picture, a PNG, under any name, as file managers give it");
+                   "write the picture, a PNG, under any name, as file managers give it")
+        ->excludes(directory);
     AddReading(*verb, options->reading);
     AddQuiet(*verb, options->batch, "show no progress, and no line for each picture");
     AddJobs(*verb, options->batch);

@@ -53,8 +53,11 @@ std::optional<Background> ParseBackground(const std::string& text)
 {
     if (text == kUsualBackground)
         return Background();
-    if (text == kTransparent)
-        return Background{kBackgroundTop, kBackgroundBottom, true};
+    if (text == kTransparent) {
+        Background transparent;
+        transparent.isTransparent = true;
+        return transparent;
+    }
     const QColor colour(QString::fromStdString(text));
     if (!colour.isValid() || colour.alpha() != 255)
         return std::nullopt;

@@ -1,7 +1,7 @@
 #include "apps/krmodel/Progress.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 #include <sys/stat.h>
 

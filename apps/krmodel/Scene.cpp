@@ -107,9 +107,10 @@ std::vector<int> KindOfEachObject(const Model& model)
     int count = 0;
     for (const auto& mesh : model.meshes) {
         const QString name = mesh->GetObjectName();
-        const bool isKnown = !name.isEmpty() && kindOfName.contains(name);
+        const bool isKnown = kindOfName.contains(name);
         kinds.push_back(isKnown ? kindOfName.value(name) : count++);
-        kindOfName.insert(name, kinds.back());
+        if (!name.isEmpty())
+            kindOfName.insert(name, kinds.back());
     }
     return kinds;
 }

@@ -50,8 +50,12 @@ QString Fitting(const QString& text, int& columns)
     const int most = std::max(0, TerminalWidth() - kEchoWidth - 1);
     columns = 0;
     for (int i = 0; i < text.size(); ++i) {
-        if (columns + ColumnsOf(text[i]) > most)
-            return text.left(i);
+        if (columns + ColumnsOf(text[i]) > most) {
+            // Not between the halves of a pair.
+            const bool splitsPair = i > 0 && text[i].isLowSurrogate();
+            columns -= splitsPair ? 1 : 0;
+            return text.left(splitsPair ? i - 1 : i);
+        }
         columns += ColumnsOf(text[i]);
     }
     return text;

@@ -23,7 +23,11 @@ int main(int argc, char** argv)
 {
     // File names are UTF-8 on the systems that we run on, also where no locale is set up.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // What goes wrong the program says itself; Qt would say some of it a second time.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    // What goes wrong the program says itself; Qt would say some of it a second time. After a fatal message,
+    // though, there is no program any more.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtFatalMsg)
+            krmodel::PrintError(text);
+    });
     return int(krmodel::Guard([=] { return krmodel::Run(argc, argv); }));
 }

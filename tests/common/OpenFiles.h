@@ -15,14 +15,15 @@ inline int OpenFiles()
         .size();
 }
 
-/// Whether the program has a file open. Other than a count of files this says nothing of the threads and
-/// libraries that a first use brings along.
+/// Whether the program has a file open that is there, by whatever name. Other than a count of files this says
+/// nothing of the threads and libraries that a first use brings along.
 inline bool IsOpen(const QString& path)
 {
+    const QString target = QFileInfo(path).canonicalFilePath();
     const QDir descriptors(QStringLiteral("/proc/self/fd"));
     for (const QFileInfo& descriptor :
          descriptors.entryInfoList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)) {
-        if (descriptor.symLinkTarget() == path)
+        if (!target.isEmpty() && descriptor.symLinkTarget() == target)
             return true;
     }
     return false;

@@ -25,6 +25,8 @@ std::uint32_t Crc32(const QByteArray& bytes)
     return ~crc;
 }
 
+} // namespace
+
 QByteArray BigEndian(std::uint32_t number)
 {
     QByteArray bytes;
@@ -33,17 +35,19 @@ QByteArray BigEndian(std::uint32_t number)
     return bytes;
 }
 
+QByteArray PNGChunk(const QByteArray& typeAndData)
+{
+    return BigEndian(static_cast<std::uint32_t>(typeAndData.size() - 4)) + typeAndData +
+           BigEndian(Crc32(typeAndData));
+}
+
+namespace {
+
 QByteArray LittleEndian(int number)
 {
     QByteArray bytes = BigEndian(static_cast<std::uint32_t>(number));
     std::reverse(bytes.begin(), bytes.end());
     return bytes;
-}
-
-QByteArray PNGChunk(const QByteArray& typeAndData)
-{
-    return BigEndian(static_cast<std::uint32_t>(typeAndData.size() - 4)) + typeAndData +
-           BigEndian(Crc32(typeAndData));
 }
 
 QByteArray Word(int number, bool isBigEndian)

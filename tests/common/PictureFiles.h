@@ -28,6 +28,12 @@ QImage PlainPicture(int width, int height, QRgb color);
 /// @param quality  from 0 to 100, which loses least; -1: the usual one of the format
 QByteArray Encoded(const QImage& image, const char* format, int quality = -1);
 
+/// Four bytes, the highest first.
+QByteArray BigEndian(std::uint32_t number);
+
+/// A chunk of a PNG file, from its length to its check sum. @param typeAndData  its four letters come first
+QByteArray PNGChunk(const QByteArray& typeAndData);
+
 /// A picture file whose header alone is good.
 QByteArray PNGThatClaims(std::uint32_t width, std::uint32_t height);
 

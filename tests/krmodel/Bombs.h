@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QtEndian>
 
+#include "tests/common/PictureFiles.h"
 #include "tests/krmodel/PackageBuilder.h"
 
 /// Files of a few megabytes or less that ask for gigabytes.
@@ -44,20 +44,6 @@ inline QByteArray ZipBomb(const QByteArray& text, int chunks)
     return ZipBuilder().Add("[Content_Types].xml", ContentTypesText(type)).Add(part).Bytes();
 }
 
-inline QByteArray BigEndian(quint32 number)
-{
-    QByteArray bytes(sizeof number, '\0');
-    qToBigEndian(number, bytes.data());
-    return bytes;
-}
-
-inline QByteArray PngChunk(const QByteArray& typeAndData)
-{
-    const auto* const data = reinterpret_cast<const Bytef*>(typeAndData.constData());
-    return BigEndian(quint32(typeAndData.size() - 4)) + typeAndData +
-           BigEndian(quint32(crc32(0, data, uInt(typeAndData.size()))));
-}
-
 /// A whole PNG picture, black, 1 bit a pixel.
 inline QByteArray PictureBomb(int width, int height)
 {
@@ -71,8 +57,8 @@ inline QByteArray PictureBomb(int width, int height)
     // depth, grey, and three methods of which there is one each
     const QByteArray kind("\x01\0\0\0\0", 5);
     return "\x89PNG\r\n\x1a\n" +
-           PngChunk("IHDR" + BigEndian(quint32(width)) + BigEndian(quint32(height)) + kind) +
-           PngChunk("IDAT\x78\x9c" + rows.Finish() + BigEndian(adler)) + PngChunk("IEND");
+           PNGChunk("IHDR" + BigEndian(quint32(width)) + BigEndian(quint32(height)) + kind) +
+           PNGChunk("IDAT\x78\x9c" + rows.Finish() + BigEndian(adler)) + PNGChunk("IEND");
 }
 
 } // namespace test

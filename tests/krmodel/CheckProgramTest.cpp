@@ -373,8 +373,7 @@ TEST_F(KrmodelCheck, EveryCommandThatReadsFilesTakesLimits)
 
 TEST_F(KrmodelCheck, ReadsNoInputThatIsTooLarge)
 {
-    QFile file(Path("large.stl"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize((1 << 20) + 1));
+    WriteHole("large.stl", (1 << 20) + 1);
     const QString reason =
         QStringLiteral("not read, its 1,048,577 bytes are more than the 1,048,576 that it may have");
     for (const char* line :

@@ -109,13 +109,6 @@ protected:
         EXPECT_NE(picture.pixel(64, 64), picture.pixel(0, 0)) << input.toStdString();
         QFile::remove(Path("thumbnail.png"));
     }
-    /// A file of that size without a block on the disk.
-    void WriteHole(const char* name, qint64 size) const
-    {
-        QFile file(Path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(file.resize(size));
-    }
 };
 
 TEST_F(MimeTypes, KnowFilesOfEveryFormatByTheirNames)

@@ -185,6 +185,16 @@ TEST_F(KrmodelHostile, EndsAtAnAssemblyThatDoublesAtEachOfManyLevels)
               QStringLiteral("krmodel: endless.step: stopped, it takes more than 1 s of processor time\n"));
 }
 
+TEST_F(KrmodelHostile, DoesNotWaitForASecondWriterOfAPictureThatComesThroughAPipe)
+{
+    for (const char* line : {"relief pipe.png a.stl", "texture make pipe.png a.texture"}) {
+        const QByteArray script = QByteArray("rm -f pipe.png; mkfifo pipe.png; (echo no picture >pipe.png) & "
+                                             "timeout 60 \"$0\" ") +
+                                  line + "; code=$?; kill $! 2>/dev/null; exit $code";
+        EXPECT_EQ(RunScript(script.constData()).exitCode, NotReadable) << line;
+    }
+}
+
 TEST_F(KrmodelHostile, DoesNotWaitForTheEndOfACadFileThatComesThroughAPipe)
 {
     // Its writer never ends by itself.

@@ -299,10 +299,8 @@ TEST_F(KrmodelOption, LimitsWhatTheProcessOfAFileMayUse)
 
 TEST_F(KrmodelOption, LimitsWhatACommandReads)
 {
-    for (const char* name : {"large.obj", "large.png", "large.path"}) {
-        QFile file(Path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize((1 << 20) + 1));
-    }
+    for (const char* name : {"large.obj", "large.png", "large.path"})
+        WriteHole(name, (1 << 20) + 1);
     for (const char* line : kLimitedLines) {
         const QStringList words =
             Words(line).replaceInStrings(QStringLiteral("pipe."), QStringLiteral("large."));

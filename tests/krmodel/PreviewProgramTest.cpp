@@ -119,4 +119,15 @@ TEST_F(KrmodelPreviews, AreRefusedWhenTwoWouldBeOneFileOrNoneIsNamed)
     }
 }
 
+TEST_F(KrmodelPreviews, OfAnyNameAreRefusedInThePlaceOfTheirModel)
+{
+    CopySample("gear.stl", "gear.stl");
+    const QByteArray model = Bytes("gear.stl");
+    EXPECT_TRUE(QFile::link(Path("gear.stl"), Path("link")));
+    for (const char* line : {"preview --any-name gear.stl gear.stl", "preview --any-name gear.stl ./link",
+                             "preview --any-name gear.stl --directory ."})
+        EXPECT_EQ(Run(Words(line)).exitCode, Usage) << line;
+    EXPECT_EQ(Bytes("gear.stl"), model);
+}
+
 } // namespace

@@ -70,6 +70,12 @@ protected:
     {
         EXPECT_TRUE(QFile::copy(Sample(name), Path(as)));
     }
+    /// A file of that size without a block on the disk.
+    void WriteHole(const char* name, qint64 size) const
+    {
+        QFile file(Path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(size));
+    }
     void Write(const char* name, const QByteArray& bytes) const
     {
         QFile file(Path(name));

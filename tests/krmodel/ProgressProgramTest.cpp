@@ -67,16 +67,4 @@ TEST_F(KrmodelProgressLine, DoesNotShowWithQuiet)
     EXPECT_EQ(terminal.GetBytes(), "");
 }
 
-TEST_F(Krmodel, TakesQuietWithEachVerbThatReadsFiles)
-{
-    for (const char* line : {"info --quiet %1", "check --quiet %1", "convert --quiet %1 o.stl",
-                             "preview --quiet %1 o.png --size 64x48"})
-        EXPECT_EQ(Run(Words(line, Sample("gear.stl"))).exitCode, Done) << line;
-    for (const char* line :
-         {"relief --quiet %1medal.png o.stl", "paths --quiet %1gasket.path",
-          "texture show --quiet %1weave.texture", "texture make --quiet %1balloon.png o.texture",
-          "texture extract --quiet %1weave.texture weave.png"})
-        EXPECT_EQ(Run(Words(line, Sample(""))).exitCode, Done) << line;
-}
-
 } // namespace

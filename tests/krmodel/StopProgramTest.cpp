@@ -188,6 +188,7 @@ TEST_F(KrmodelStop, LeavesTheTerminalAsItWasWhenInterruptedThere)
     });
     const QByteArray before = terminal.GetModes();
     ASSERT_TRUE(WaitUntil([&] { return test::ChildrenOf(terminal.GetProcess()).size() == 2; }));
+    ASSERT_TRUE(terminal.Shows("files done"));
     constexpr char kInterrupt = '\x03';
     terminal.Type(kInterrupt);
     EXPECT_EQ(terminal.End(), Interrupted);

@@ -179,6 +179,16 @@ TEST(Topology, TakesAnInwardBodyWithinAnotherForACavity)
     ExpectPoint(found.cavities.first[0], 1, 1, 1);
 }
 
+TEST(Topology, TakesAnInwardBodyInTheBoxOfAnotherWithAHoleForACavity)
+{
+    // The hole is the bottom; what lies within cannot be told any more, and is one fault, not two.
+    const Topology found =
+        Bodies().Tetrahedron({1, 1, 1}, 1, true).Tetrahedron({0, 0, 0}, 10).WithoutFacet(4).Examined();
+    EXPECT_EQ(found.openEdges.count, 3);
+    EXPECT_EQ(found.inwardPieces.count, 0);
+    EXPECT_EQ(found.cavities.count, 1);
+}
+
 TEST(Topology, TakesNoBodyForACavityThatOnlyLiesInTheBoxOfAnother)
 {
     // Behind the slanting side.

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <zlib.h>
-
 #include "core/mesh/Mesh.h"
 #include "fileformat/image/ImageFile.h"
 #include "tests/common/Bytes.h"
@@ -68,19 +66,9 @@ std::string Read(const QString& path)
     return code == 0 ? TextOf(image) : "code " + std::to_string(code);
 }
 
-QByteArray BigEndian(quint32 number)
-{
-    QByteArray bytes(4, '\0');
-    qToBigEndian(number, bytes.data());
-    return bytes;
-}
-
 QByteArray Chunk(const QByteArray& type, const QByteArray& data)
 {
-    const QByteArray both = type + data;
-    const auto sum =
-        crc32(0, reinterpret_cast<const Bytef*>(both.constData()), static_cast<uInt>(both.size()));
-    return BigEndian(static_cast<quint32>(data.size())) + both + BigEndian(static_cast<quint32>(sum));
+    return PNGChunk(type + data);
 }
 
 const QByteArray kSignature = Bytes("\x89PNG\r\n\x1a\n");
