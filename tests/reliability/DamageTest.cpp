@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <vector>
-
-#include <QRegularExpression>
-
 #include "tests/common/Directory.h"
 #include "tests/common/OpenFiles.h"
 #include "tests/reliability/Formats.h"
@@ -36,19 +32,11 @@ protected:
     QByteArray m_bytes;
 };
 
-std::vector<Reader> ReadersWithoutPlainOnes()
-{
-    std::vector<Reader> readers;
-    for (const Reader& reader : Readers()) {
-        if (QRegularExpression(QStringLiteral("^(Mtl|Relief.*|Texture)$"))
-                .match(QLatin1String(reader.name))
-                .hasMatch())
-            readers.push_back(reader);
-    }
-    return readers;
-}
-
-INSTANTIATE_TEST_SUITE_P(Reader, Damage, testing::ValuesIn(ReadersWithoutPlainOnes()), NameOfFormat());
+INSTANTIATE_TEST_SUITE_P(Reader, Damage,
+                         testing::Values(ReaderNamed("Mtl"), ReaderNamed("ReliefOfPng"),
+                                         ReaderNamed("ReliefOfJpg"), ReaderNamed("ReliefOfBmp"),
+                                         ReaderNamed("ReliefOfTiff"), ReaderNamed("Texture")),
+                         NameOfFormat());
 
 } // namespace
 

@@ -51,6 +51,9 @@ Digest& Digest::Add(const Mesh& mesh)
 Digest& Digest::Add(const MeshMaterialInfo& material)
 {
     Add(material.name).Add(material.illum);
+    for (const bool mark :
+         {material.hasAmbient, material.hasDiffuse, material.hasSpecular, material.hasEmissive})
+        Add(mark);
     Add(material.specularExponent).Add(material.refractionIndex).Add(material.opacity);
     for (const Vector3D<float>& color :
          {material.ambient, material.diffuse, material.specular, material.emissive})

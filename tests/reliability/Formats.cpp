@@ -243,6 +243,10 @@ QByteArray Read3MF(const QString& path)
     digest.Add(package.GetMaterial().id);
     for (const QString& color : package.GetMaterial().colors)
         digest.Add(color);
+    digest.Add(package.GetModelExtension()).Add(package.GetRelsExtension());
+    const QMap<int, std::vector<int>>& members = package.GetComponentMembers();
+    for (auto entry = members.begin(); entry != members.end(); ++entry)
+        digest.Add(entry.key()).AddList(entry.value());
     return digest.Result();
 }
 
@@ -270,8 +274,13 @@ QByteArray ReadTexture(const QString& path)
     EXPECT_TRUE(texture.getTextureInfo(info, 0));
     const MeshMaterialParameters& parameters = texture.GetParameters();
     digest.Add(info.pixels).Add(parameters.wrapS).Add(parameters.wrapT);
+    digest.Add(parameters.borderColor.x).Add(parameters.borderColor.y);
+    digest.Add(parameters.borderColor.z).Add(parameters.borderColor.w);
+    const MeshMaterialMatrix& matrix = parameters.matrix;
+    for (const Vector3D<double>& values : {matrix.translation, matrix.rotation, matrix.repeat})
+        digest.Add(values.x).Add(values.y).Add(values.z);
     for (int i = 0; i < 16; ++i)
-        digest.Add(parameters.matrix.matrix.get(i / 4, i % 4));
+        digest.Add(matrix.matrix.get(i / 4, i % 4));
     return digest.Result();
 }
 
@@ -344,8 +353,8 @@ void WriteIgesSample(const QString& path)
 
 std::vector<Reader> WithCad(std::vector<Reader> readers)
 {
-    readers.push_back({"Step", "model.step", WriteStepSample, ReadCad});
-    readers.push_back({"Iges", "model.iges", WriteIgesSample, ReadCad});
+    readers.push_back({"Step", "model.step", Work::OpenCascade, WriteStepSample, ReadCad});
+    readers.push_back({"Iges", "model.iges", Work::OpenCascade, WriteIgesSample, ReadCad});
     return readers;
 }
 
@@ -354,17 +363,17 @@ std::vector<Reader> WithCad(std::vector<Reader> readers)
 const std::vector<Reader>& Readers()
 {
     static const std::vector<Reader> kReaders = {
-        {"BinaryStl", "model.stl", Sample<WriteBinarySTL>, ReadSTL},
-        {"TextStl", "model.stl", Sample<WriteTextSTL>, ReadSTL},
-        {"Obj", "model.obj", WriteModelWithLibrary, ReadOBJ},
-        {"Mtl", "library.mtl", WriteLibrary, ReadMTL},
-        {"ThreeMf", "model.3mf", Sample<Write3MF>, Read3MF},
-        {"ReliefOfPng", "picture.png", WritePicture, ReadRelief},
-        {"ReliefOfJpg", "picture.jpg", WritePicture, ReadRelief},
-        {"ReliefOfBmp", "picture.bmp", WritePicture, ReadRelief},
-        {"ReliefOfTiff", "picture.tiff", WritePicture, ReadRelief},
-        {"Texture", "wood.texture", Sample<WriteTexture>, ReadTexture},
-        {"Path", "cut.path", Sample<WritePaths>, ReadPaths},
+        {"BinaryStl", "model.stl", Work::Own, Sample<WriteBinarySTL>, ReadSTL},
+        {"TextStl", "model.stl", Work::Own, Sample<WriteTextSTL>, ReadSTL},
+        {"Obj", "model.obj", Work::Own, WriteModelWithLibrary, ReadOBJ},
+        {"Mtl", "library.mtl", Work::Own, WriteLibrary, ReadMTL},
+        {"ThreeMf", "model.3mf", Work::Own, Sample<Write3MF>, Read3MF},
+        {"ReliefOfPng", "picture.png", Work::QtPictures, WritePicture, ReadRelief},
+        {"ReliefOfJpg", "picture.jpg", Work::QtPictures, WritePicture, ReadRelief},
+        {"ReliefOfBmp", "picture.bmp", Work::QtPictures, WritePicture, ReadRelief},
+        {"ReliefOfTiff", "picture.tiff", Work::QtPictures, WritePicture, ReadRelief},
+        {"Texture", "wood.texture", Work::Own, Sample<WriteTexture>, ReadTexture},
+        {"Path", "cut.path", Work::Own, Sample<WritePaths>, ReadPaths},
     };
     return kReaders;
 }
@@ -391,7 +400,10 @@ const std::vector<Writer>& Writers()
 const Reader& ReaderNamed(const char* name)
 {
     const auto isNamed = [name](const Reader& reader) { return std::strcmp(reader.name, name) == 0; };
-    return *std::find_if(AllReaders().begin(), AllReaders().end(), isNamed);
+    const auto reader = std::find_if(AllReaders().begin(), AllReaders().end(), isNamed);
+    if (reader == AllReaders().end())
+        throw std::out_of_range(name);
+    return *reader;
 }
 
 void PrintTo(const Reader& reader, std::ostream* stream)

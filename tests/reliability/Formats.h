@@ -10,10 +10,14 @@
 
 namespace test {
 
+/// What does most of a reader's work.
+enum class Work { Own, QtPictures, OpenCascade };
+
 /// A reader with a file to read.
 struct Reader {
     const char* name;     ///< in names of tests
     const char* fileName; ///< of the sample, suffix included
+    Work work;
     /// Writes the sample, and beside it what it names.
     void (*writeSample)(const QString& path);
     /// Reads into something that is filled already. Checks that it is as it was when the file is refused, and
@@ -36,6 +40,7 @@ const std::vector<Reader>& AllReaders();
 const std::vector<Writer>& Writers();
 
 /// One of them all.
+/// @throws std::out_of_range when none is named so
 const Reader& ReaderNamed(const char* name);
 
 void PrintTo(const Reader& reader, std::ostream* stream);

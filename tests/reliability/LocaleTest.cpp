@@ -133,6 +133,7 @@ TEST_P(LocaleOfWriter, WritesTheSameBytesInAnyAndWhileItChanges)
     const QString path = directory.Path(QString::fromLatin1(GetParam().fileName));
     ASSERT_TRUE(GetParam().write(path));
     const QByteArray expected = Directory::Read(path);
+    ASSERT_FALSE(expected.isEmpty());
     InEveryLocale([&] {
         EXPECT_TRUE(GetParam().write(path));
         EXPECT_EQ(Directory::Read(path), expected);

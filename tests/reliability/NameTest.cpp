@@ -58,10 +58,24 @@ QStringList NamesOf(const char* fileName)
 
 class NameOfInput : public testing::TestWithParam<Reader> {
 protected:
-    NameOfInput() { GetParam().writeSample(m_path); }
+    void SetUp() override
+    {
+        GetParam().writeSample(m_path);
+        m_expected = GetParam().read(m_path);
+        ASSERT_FALSE(m_expected.isEmpty());
+    }
+
+    /// Nothing for a CAD file that is refused: its parts are named after it, and it has no name before the
+    /// dot.
+    QByteArray Expected(const QString& name) const
+    {
+        const bool isRefused = GetParam().work == Work::OpenCascade && name.startsWith(QLatin1Char('.'));
+        return isRefused ? QByteArray() : m_expected;
+    }
 
     Directory m_directory;
     QString m_path = m_directory.Path(QString::fromLatin1(GetParam().fileName));
+    QByteArray m_expected;
 };
 
 class NameOfOutput : public testing::TestWithParam<Writer> {
@@ -72,50 +86,45 @@ protected:
     Directory m_directory;
 };
 
-INSTANTIATE_TEST_SUITE_P(EveryReader, NameOfInput, testing::ValuesIn(Readers()), NameOfFormat());
+INSTANTIATE_TEST_SUITE_P(EveryReader, NameOfInput, testing::ValuesIn(AllReaders()), NameOfFormat());
 INSTANTIATE_TEST_SUITE_P(EveryWriter, NameOfOutput, testing::ValuesIn(Writers()), NameOfFormat());
 
 } // namespace
 
 TEST_P(NameOfInput, MayBeAnyThatAFileCanHave)
 {
-    const QByteArray expected = GetParam().read(m_path);
-    ASSERT_FALSE(expected.isEmpty());
     for (const QString& name : NamesOf(GetParam().fileName)) {
         const QString path = m_directory.Path(name);
         ASSERT_TRUE(QFile::rename(m_path, path)) << name.toStdString();
-        EXPECT_EQ(GetParam().read(path), expected) << name.toStdString();
+        EXPECT_EQ(GetParam().read(path), Expected(name)) << name.toStdString();
         ASSERT_TRUE(QFile::rename(path, m_path));
     }
 }
 
 TEST_P(NameOfInput, MayBeOfADirectoryOfAnyName)
 {
-    const QByteArray expected = GetParam().read(m_path);
     for (const char* const name : kNames) {
         const QString directory = m_directory.Path(QString::fromUtf8(name));
         ASSERT_TRUE(QDir().mkdir(directory));
         const QString path = directory + QLatin1Char('/') + QString::fromLatin1(GetParam().fileName);
         GetParam().writeSample(path);
-        EXPECT_EQ(GetParam().read(path), expected) << name;
+        EXPECT_EQ(GetParam().read(path), m_expected) << name;
     }
 }
 
 TEST_P(NameOfInput, MayBeALink)
 {
-    const QByteArray expected = GetParam().read(m_path);
     const QString link =
         m_directory.Path(QStringLiteral("link to ") + QString::fromLatin1(GetParam().fileName));
     ASSERT_TRUE(QFile::link(m_path, link));
-    EXPECT_EQ(GetParam().read(link), expected);
+    EXPECT_EQ(GetParam().read(link), m_expected);
 }
 
 TEST_P(NameOfInput, MayBeRelative)
 {
-    const QByteArray expected = GetParam().read(m_path);
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(QFileInfo(m_path).path()));
-    EXPECT_EQ(GetParam().read(QString::fromLatin1(GetParam().fileName)), expected);
+    EXPECT_EQ(GetParam().read(QString::fromLatin1(GetParam().fileName)), m_expected);
     QDir::setCurrent(before);
 }
 
@@ -150,6 +159,7 @@ TEST_P(NameOfOutput, MayBeAnyThatAFileCanHave)
     const QString plain = Path(QString::fromLatin1(GetParam().fileName));
     ASSERT_TRUE(GetParam().write(plain));
     const QByteArray expected = Directory::Read(plain);
+    ASSERT_FALSE(expected.isEmpty());
     for (const QString& name : NamesOf(GetParam().fileName)) {
         EXPECT_TRUE(GetParam().write(Path(name))) << name.toStdString();
         EXPECT_EQ(Directory::Read(Path(name)), expected) << name.toStdString();
