@@ -1,18 +1,22 @@
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <list>
-#include <string>
 #include <vector>
 
+#include <QByteArray>
 #include <QString>
 
+#include "core/mesh/Mesh.h"
 #include "fileformat/3mf/Model3MF.h"
 #include "fuzz/MeshFromBytes.h"
 #include "fuzz/NamedMemoryFile.h"
 #include "fuzz/Require.h"
 
-// Model3MF::SaveFile of any objects: the package that comes out is read, and holds what went in.
+// Model3MF::SaveFile of any objects: the package that comes out is read, and holds the meshes, their
+// placements and the image that went in.
 
 namespace {
 
@@ -36,7 +40,7 @@ bool AreSame(const Vector3D<float>& written, const Vector3D<float>& read)
     return AreSame(written.x, read.x) && AreSame(written.y, read.y) && AreSame(written.z, read.z);
 }
 
-/// Faces that name no vertex are dropped by the reader.
+/// Those that the reader keeps: each index names a vertex.
 std::vector<TriangleFace> ValidFaces(const Mesh& mesh)
 {
     std::vector<TriangleFace> faces;
@@ -60,6 +64,29 @@ void RequireSame(const Mesh& written, const Mesh& read)
     fuzz::RequireWhole(read);
 }
 
+/// Where the object belongs, rounded as its text is.
+Matrix4<double> PlacementOf(const Object& object, const Vector3D<float>& offset)
+{
+    Matrix4<double> placement = object.transform;
+    Vector3D<float> translation = object.position;
+    translation += object.offset;
+    translation += offset;
+    placement.set(0, 3, double(translation.x));
+    placement.set(1, 3, double(translation.y));
+    placement.set(2, 3, double(translation.z));
+    for (double& value : placement.m)
+        value = QByteArray::number(value, 'g', 6).toDouble();
+    return placement;
+}
+
+void RequirePlacement(const Matrix4<double>& written, const Matrix4<double>& read)
+{
+    // What is not finite spreads in the product with the identity.
+    const auto isFinite = [](double value) { return std::isfinite(value); };
+    if (std::all_of(std::begin(written.m), std::end(written.m), isFinite))
+        Require(std::equal(std::begin(written.m), std::end(written.m), std::begin(read.m)));
+}
+
 void FillSettings(FuzzedDataProvider& bytes, Model3MF& package)
 {
     package.SetUnit(Text(bytes));
@@ -68,8 +95,10 @@ void FillSettings(FuzzedDataProvider& bytes, Model3MF& package)
     for (int left = bytes.ConsumeIntegralInRange<int>(0, 3); left > 0; --left)
         material.colors.push_back(Text(bytes));
     package.SetMaterial(material);
-    for (int left = bytes.ConsumeIntegralInRange<int>(0, 3); left > 0; --left)
-        package.AddDescription(Text(bytes), Text(bytes));
+    for (int left = bytes.ConsumeIntegralInRange<int>(0, 3); left > 0; --left) {
+        const QString name = Text(bytes);
+        package.AddDescription(name, Text(bytes));
+    }
     if (bytes.ConsumeBool())
         package.SetImage(QByteArray::fromStdString(bytes.ConsumeRandomLengthString(60)),
                          QStringLiteral("Metadata/thumbnail.png"));
@@ -89,18 +118,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         maker.Fill(meshes.emplace_back(0.03f), -1);
         object.mesh = &meshes.back();
         object.position = maker.Point();
+        object.offset = maker.Point();
         object.transform.set(1, 2, double(maker.Coordinate()));
         object.name = Text(bytes);
     }
     FillSettings(bytes, package);
     kFile.Write(nullptr, 0);
-    Require(package.SaveFile(kFile.Name(), objects, maker.Point()));
+    const Vector3D<float> offset = maker.Point();
+    Require(package.SaveFile(kFile.Name(), objects, offset));
     Model3MF read;
     Require(read.LoadFile(kFile.Name()));
     const std::vector<Mesh*> found = read.GetObjects();
     Require(found.size() == objects.size());
     for (std::size_t i = 0; i < found.size(); ++i) {
         RequireSame(*objects[i].mesh, *found[i]);
+        RequirePlacement(PlacementOf(objects[i], offset), found[i]->GetTransformMatrix());
         delete found[i];
     }
     QString imageName;

@@ -51,7 +51,7 @@ public:
         }
         // Now and then a count that is not that of the list.
         if (m_bytes.ConsumeIntegral<std::uint8_t>() < 32)
-            mesh.SetFaceNum(m_bytes.ConsumeIntegralInRange<int>(0, 20));
+            mesh.SetFaceNum(m_bytes.ConsumeIntegralInRange<int>(-2, 20));
     }
 
 private:

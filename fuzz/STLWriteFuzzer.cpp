@@ -1,20 +1,22 @@
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <stdexcept>
+#include <vector>
 
 #include <QByteArray>
-#include <QFile>
+#include <QList>
+#include <QtEndian>
 
 #include "fileformat/stl/STLFile.h"
 #include "fuzz/MemoryFile.h"
 #include "fuzz/MeshFromBytes.h"
 #include "fuzz/Require.h"
 
-// STLFile::SaveFile of any meshes: the bytes are those of a plain writer, but for normals, which must be of
-// length 1 or 0; and what was written is read.
+// STLFile::SaveFile of any meshes: the file is as a plain reading expects it, line by line or record by
+// record, with normals of length 1 or 0; and a whole binary file is read.
 
 namespace {
 
@@ -32,7 +34,7 @@ Corners CornersOf(const Mesh& mesh)
     Corners corners;
     const std::vector<TriangleFace>& faces = *mesh.GetFacesVecPtr();
     const std::vector<Point>& vertices = *mesh.GetVerticesVecPtr();
-    for (std::size_t i = 0; i < std::size_t(mesh.GetFaceNum()); ++i) {
+    for (std::size_t i = 0; i < std::size_t(std::max(mesh.GetFaceNum(), 0)); ++i) {
         if (i >= faces.size())
             return {corners.points, false};
         for (const int index : faces[i].v) {
@@ -45,54 +47,79 @@ Corners CornersOf(const Mesh& mesh)
     return corners;
 }
 
-QByteArray PointText(const char* word, const Point& point)
+bool IsFinite(const Point& point)
 {
-    QByteArray text = word;
-    for (const float value : {point.x, point.y, point.z})
-        text += ' ' + QByteArray::number(double(value), 'f', 6);
-    return text + '\n';
+    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
 }
 
-// Without the lines of normals.
-QByteArray TextOf(const Corners& corners)
-{
-    QByteArray text = "solid model\n";
-    for (std::size_t i = 0; i < corners.points.size(); i += 3) {
-        text += "    outer loop\n";
-        for (std::size_t k = 0; k < 3; ++k)
-            text += PointText("      vertex", corners.points[i + k]);
-        text += "    endloop\n  endfacet\n";
-    }
-    return text + (corners.isWhole ? "endsolid model\n" : "");
-}
-
-void RequireUnitOrZero(const Point& normal)
+void RequireNormal(const Point& normal, const Point* corners)
 {
     const double length = std::hypot(double(normal.x), double(normal.y), double(normal.z));
-    Require(length == 0 || std::abs(length - 1) < 1e-5 || std::isnan(length));
+    const bool areFinite = std::all_of(corners, corners + 3, IsFinite);
+    Require(length == 0 || std::abs(length - 1) < 1e-5 || (!areFinite && !std::isfinite(length)));
 }
 
-QByteArray WithoutNormals(const QByteArray& text)
+// Three numbers after single spaces, six decimals each.
+Point PointIn(const QByteArray& text)
 {
-    QByteArray rest;
-    for (const QByteArray& line : text.split('\n')) {
-        if (!line.startsWith("  facet normal "))
-            rest += line + '\n';
+    const QList<QByteArray> words = text.split(' ');
+    Require(words.size() == 3);
+    Point point;
+    float* const numbers[] = {&point.x, &point.y, &point.z};
+    for (int i = 0; i < 3; ++i) {
+        bool isNumber = false;
+        const double value = words[i].toDouble(&isNumber);
+        Require(isNumber);
+        Require(!std::isfinite(value) || words[i].size() - words[i].indexOf('.') == 1 + 6);
+        *numbers[i] = float(value);
     }
-    rest.chop(1);
-    return rest;
+    return point;
 }
 
-void RequireRecords(const QByteArray& bytes, const Corners& corners, std::size_t headerSize)
+QByteArray VertexLine(const Point& point)
+{
+    QByteArray text = "      vertex";
+    for (const float value : {point.x, point.y, point.z})
+        text += ' ' + QByteArray::number(double(value), 'f', 6);
+    return text;
+}
+
+void RequireText(const QByteArray& text, const Corners& corners)
+{
+    const QList<QByteArray> lines = text.split('\n');
+    int next = 0;
+    const auto line = [&] {
+        Require(next < lines.size());
+        return lines[next++];
+    };
+    const QByteArray normal = "  facet normal ";
+    Require(line() == "solid model");
+    for (std::size_t i = 0; i < corners.points.size(); i += 3) {
+        const QByteArray first = line();
+        Require(first.startsWith(normal));
+        RequireNormal(PointIn(first.mid(normal.size())), &corners.points[i]);
+        Require(line() == "    outer loop");
+        for (std::size_t k = 0; k < 3; ++k)
+            Require(line() == VertexLine(corners.points[i + k]));
+        Require(line() == "    endloop");
+        Require(line() == "  endfacet");
+    }
+    if (corners.isWhole)
+        Require(line() == "endsolid model");
+    Require(line().isEmpty() && next == lines.size());
+}
+
+void RequireRecords(const QByteArray& bytes, const Mesh& mesh, const Corners& corners, std::size_t headerSize)
 {
     constexpr std::size_t kRecordSize = 50;
     const std::size_t facets = corners.points.size() / 3;
     Require(std::size_t(bytes.size()) == headerSize + 4 + facets * kRecordSize);
+    Require(qFromLittleEndian<int>(bytes.constData() + headerSize) == std::max(mesh.GetFaceNum(), 0));
     for (std::size_t i = 0; i < facets; ++i) {
         const char* const record = bytes.constData() + headerSize + 4 + i * kRecordSize;
         Point normal;
         std::memcpy(static_cast<void*>(&normal), record, sizeof normal);
-        RequireUnitOrZero(normal);
+        RequireNormal(normal, &corners.points[3 * i]);
         Require(std::memcmp(record + sizeof normal, &corners.points[3 * i], 3 * sizeof(Point)) == 0);
         Require(record[48] == 0 && record[49] == 0);
     }
@@ -120,14 +147,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(isWhole == corners.isWhole);
     const QByteArray written = kFile.Read();
     if (isText)
-        Require(WithoutNormals(written) == TextOf(corners));
+        RequireText(written, corners);
     else
-        RequireRecords(written, corners, std::size_t(std::max(headerSize, 0)));
+        RequireRecords(written, mesh, corners, std::size_t(std::max(headerSize, 0)));
     Mesh read(0.03f);
     const bool isRead = STLFile::LoadFile(kName, read, false, headerSize, !isText);
-    // Without facets there is nothing to read, and a text without a corner is taken for a binary file.
-    Require(isRead == (isWhole && !corners.points.empty() && headerSize >= 0 && headerSize <= 1024) ||
-            isText || !isWhole);
+    const bool isReadable = !corners.points.empty() && headerSize >= 0 && headerSize <= 1024;
+    // Text may hold numbers that are none, and a file that was left unfinished may be refused or not.
+    Require(isRead == isReadable || isText || !isWhole);
     fuzz::RequireWhole(read);
     return 0;
 }
