@@ -20,7 +20,8 @@ int main(int argc, char** argv)
     const QString picture = QString::fromUtf8(argv[1]);
     QImage image;
     if (const int error = ImageFile::CheckImageAndParse(picture, image)) {
-        constexpr const char* kErrors[] = {"", "no such file", "no picture", "an empty picture", "too large"};
+        constexpr const char* kErrors[] = {"", "cannot be read", "no picture, or too large", "empty",
+                                           "no room"};
         std::fprintf(stderr, "%s: %s\n", argv[1], kErrors[error]);
         return 1;
     }

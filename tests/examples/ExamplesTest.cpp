@@ -287,7 +287,7 @@ TEST_F(Examples, MakeLithophaneTellsWhatIsNoPicture)
     const ProgramRun run = RunExample(QStringLiteral("MakeLithophane"),
                                       {Sample("gear.stl"), QStringLiteral("30"), Path("out.stl")});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.errors, Sample("gear.stl") + QStringLiteral(": no picture\n"));
+    EXPECT_EQ(run.errors, Sample("gear.stl") + QStringLiteral(": no picture, or too large\n"));
 }
 
 TEST_F(Examples, MakeTextureWritesWhatExtractPictureReads)
