@@ -10,6 +10,8 @@ test_packages=("${package_packages[@]}" libgtest-dev libgmock-dev qt5-image-form
     groff-base zsh fish parallel doxygen lintian fakeroot shared-mime-info
     clang libclang-rt-14-dev)
 # shellcheck disable=SC2034
+coverage_packages=("${test_packages[@]}" clang-14 llvm-14 python3)
+# shellcheck disable=SC2034
 style_packages=("${test_packages[@]}" git clang-format clang-tidy)
 
 is_installed() {
