@@ -1,6 +1,6 @@
 # The libraries that the installed files load, and the headers that a consumer includes, belong to the packages that ours
-# shellcheck shell=bash
 # depend on. This system has more.
+# shellcheck shell=bash
 . "${BASH_SOURCE[0]%/*}/common.sh"
 use_installed
 
