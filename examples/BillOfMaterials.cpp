@@ -3,6 +3,7 @@
 #include <future>
 #include <map>
 #include <memory>
+#include <stdexcept>
 
 #include <QString>
 

@@ -1,8 +1,10 @@
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <new>
 
-#include <gtest/gtest.h>
+#include <QFile>
+#include <QFileInfo>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -29,13 +31,28 @@ int EndOfRead(const SlowInput& input, const QString& path)
     }
 }
 
-int ReadInChild(const SlowInput& input, const QString& path, rusage& usage)
+/// What a process of its own ends with, and what it took.
+int InChild(const std::function<int()>& work, rusage& usage)
 {
     const pid_t child = fork();
     if (child == 0)
-        _exit(EndOfRead(input, path));
+        _exit(work());
     int status = -1;
     return wait4(child, &status, 0, &usage) == child ? status : -1;
+}
+
+bool Write(const SlowInput& input, int size, const QString& path)
+{
+    // A child begins with the memory of its parent, so this one keeps none of the file.
+    rusage usage;
+    return InChild(
+               [&] {
+                   QFile file(path);
+                   const bool isOpen = file.open(QIODevice::WriteOnly);
+                   const QByteArray bytes = input.make(size);
+                   return isOpen && file.write(bytes) == bytes.size() ? 0 : 1;
+               },
+               usage) == 0;
 }
 
 double Seconds(const timeval& time)
@@ -55,12 +72,15 @@ int main(int argc, char** argv)
         if (!QByteArray(input.name).contains(word))
             continue;
         const Directory directory;
-        const QByteArray bytes = input.make(size);
-        const QString path = directory.Write(bytes, QString::fromLatin1(input.fileName));
+        const QString path = directory.Path(QString::fromLatin1(input.fileName));
+        if (!Write(input, size, path)) {
+            std::fprintf(stderr, "%s: cannot be made\n", input.name);
+            return 1;
+        }
         rusage usage = {};
-        const int status = ReadInChild(input, path, usage);
+        const int status = InChild([&] { return EndOfRead(input, path); }, usage);
         isAlive = isAlive && WIFEXITED(status);
-        std::printf("%-28s %10d %9.2f %9.0f  %s\n", input.name, bytes.size(),
+        std::printf("%-28s %10lld %9.2f %9.0f  %s\n", input.name, QFileInfo(path).size(),
                     Seconds(usage.ru_utime) + Seconds(usage.ru_stime), double(usage.ru_maxrss) / 1024,
                     WIFEXITED(status) ? kEnds[WEXITSTATUS(status)] : "died");
         std::fflush(stdout);

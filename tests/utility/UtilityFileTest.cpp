@@ -36,7 +36,8 @@ private:
     int m_descriptor;
 };
 
-/// What TestFileReadable() says to somebody who may not do everything, as root may.
+/// What TestFileReadable() says to somebody who may not do everything, as root may. It asks for the real
+/// user, whom only a process of its own can give up for good.
 bool IsReadableToAnOrdinaryUser(const QString& path)
 {
     constexpr uid_t kNobody = 65534;
