@@ -14,6 +14,7 @@ if(KRCORE_SANITIZE)
     target_link_options(krcore_settings INTERFACE -fsanitize=${KRCORE_SANITIZE})
 endif()
 target_compile_definitions(krcore_settings INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
+include(${CMAKE_CURRENT_LIST_DIR}/KRCoreHardening.cmake)
 
 # krcore_library(<target> EXPORT_AS <name> HEADER_DIR <dir> SOURCES ... PUBLIC_HEADERS ... LINK_PUBLIC ... LINK_PRIVATE ...)
 # One shared library of the project with its export header <HEADER_DIR>/<target>Export.h. The public headers are what
