@@ -74,7 +74,7 @@ bool ParseDigits(const char* begin, const char* end, double& value)
         return false;
     double magnitude = 0;
     const auto [position, error] = std::from_chars(begin, end, magnitude);
-    if (position != end || error == std::errc::invalid_argument)
+    if (position != end) // nor is it behind a point alone
         return false;
     const bool isInRange = error == std::errc();
     if (!isInRange && !IsAboveOne({begin, static_cast<std::size_t>(end - begin)}))
@@ -89,11 +89,12 @@ bool ParseDigits(const char* begin, const char* end, double& value)
 
 bool ParseDecimal(const char* begin, const char* end, double& value)
 {
-    if (ScanUsualDecimal(begin, end, value) == end && begin != end)
-        return true;
     value = 0;
     if (begin == end)
         return false;
+    if (ScanUsualDecimal(begin, end, value) == end)
+        return true;
+    value = 0;
     const std::string_view text(begin, static_cast<std::size_t>(end - begin));
     return ParseNamedValue(text, value) || ParseDigits(begin, end, value);
 }

@@ -42,7 +42,6 @@ public:
     constexpr Mate Turned() const { return IsLinked() ? Mate(-2 - m_code) : *this; }
 
     friend constexpr bool operator==(Mate a, Mate b) { return a.m_code == b.m_code; }
-    friend constexpr bool operator!=(Mate a, Mate b) { return !(a == b); }
 
 private:
     explicit constexpr Mate(std::int32_t code) : m_code(code) {}

@@ -52,8 +52,7 @@ bool IsNumber(const QString& token)
 {
     bool isNumber = false;
     token.toDouble(&isNumber);
-    const QChar last = token.isEmpty() ? QChar() : token.back();
-    return isNumber && (last.isDigit() || last == QLatin1Char('.'));
+    return isNumber && (token.back().isDigit() || token.back() == QLatin1Char('.'));
 }
 
 bool IsArgument(const QString& token, Argument kind)

@@ -83,9 +83,8 @@ Utility::JsonFileError ReadJsonBytes(const QString& path, QByteArray& bytes)
 
 Utility::JsonFileError ParseJsonObject(const QByteArray& bytes, QJsonObject& object)
 {
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
-    if (parseError.error != QJsonParseError::NoError || document.isNull())
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    if (document.isNull())
         return Utility::JsonSyntaxError;
     if (!document.isObject())
         return Utility::JsonNotAnObject;

@@ -178,7 +178,7 @@ PositionList NumberPositions(const Vector3D<float>* corners, std::size_t facetCo
         }
         if (n >= 1 && n - 1 < blockCount)
             PrefetchBlock(table, blocks[(n - 1) % 3]);
-        if (n >= 2 && n - 2 < blockCount)
+        if (n >= 2)
             NumberBlock(table, corners, blocks[(n - 2) % 3], cornerNumbers);
     }
     return table.Release();

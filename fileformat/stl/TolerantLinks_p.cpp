@@ -26,14 +26,14 @@ void Raise(float& most, float value)
     most = value > most ? value : most;
 }
 
-// Every corner lies at a position, and there are fewer of them. Sets isPlain when all are finite.
+// Every corner lies at a position, and there are fewer of them. Sets isPlain when all are finite. Open edges
+// have ends, so there is a first one.
 CornerBox BoxOfPositions(const Soup& soup, bool& isPlain)
 {
     const Position* const positions = soup.positions.positions.data();
     CornerBox box;
-    box.isEmpty = soup.positions.count == 0;
-    if (!box.isEmpty)
-        box.minimum = box.maximum = positions[0].point;
+    box.isEmpty = false;
+    box.minimum = box.maximum = positions[0].point;
     isPlain = true;
     for (std::size_t i = 0; i < soup.positions.count; ++i) {
         const Vector3D<float>& point = positions[i].point;

@@ -113,6 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"map_Kd dark -s wood.png", "dark -s wood.png"},
                     Case{"map_Kd - wood.png", "- wood.png"}, Case{"map_Kd -clamp", "-clamp"},
                     Case{"map_Kd -new 1 2 wood.png", "wood.png"}, Case{"map_Kd -new on wood.png", "wood.png"},
+                    Case{"map_Kd -new off wood.png", "wood.png"},
                     Case{"map_Kd -new -s 1 wood.png", "wood.png"}));
 
 TEST(MapStatement, NumbersThatAnOptionNeedNotHaveMayBeginTheName)
