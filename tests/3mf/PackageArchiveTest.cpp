@@ -52,6 +52,22 @@ TEST(PackageArchive, DoesNotReadLargerEntry)
         EXPECT_EQ(ReadOnly(ZipEntry{"a", TenThousandBytes(), method}, 9'999).outcome, Outcome::TooLarge);
 }
 
+TEST(PackageArchive, DoesNotReadEntryThatIsLargerThanThatBeforeItIsInflated)
+{
+    EXPECT_EQ(ReadOnly(ZipEntry{"a", TenThousandBytes(), Z_DEFLATED}, 100).outcome, Outcome::TooLarge);
+}
+
+TEST(PackageArchive, OpensNoEntryOnceTheFileIsEmptied)
+{
+    const test::Directory directory;
+    const QString path = directory.Write(ZipBuilder().Add(ZipEntry{"a", TenThousandBytes(), 0}).Bytes());
+    PackageArchive archive(path);
+    const PackageArchive::Entry entry = archive.Entries().at(0);
+    ASSERT_TRUE(QFile::resize(path, 0));
+    QByteArray bytes;
+    EXPECT_EQ(archive.Read(entry, bytes), Outcome::NotOpened);
+}
+
 TEST(PackageArchive, JudgesByWhatComesOutNotByDeclaredSize)
 {
     ZipEntry entry{"a", TenThousandBytes()};

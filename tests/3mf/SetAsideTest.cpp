@@ -190,6 +190,15 @@ TEST(Model3MFSetAside, ReadsRowsOfDocumentsInUtf8Only)
     }
 }
 
+TEST(Model3MFSetAside, LeavesDocumentsInUtf16WithoutAMarkAlone)
+{
+    const QByteArray text = Document(Vertices(20));
+    const QString wide = QString::fromUtf8(text);
+    const QByteArray document(reinterpret_cast<const char*>(wide.utf16()), 2 * wide.size());
+    EXPECT_TRUE(StaysWhole(document));
+    ExpectReadAsPlainly(document);
+}
+
 // In UTF-7 a '+' begins encoded text.
 TEST(Model3MFSetAside, LeavesDocumentsWithTwoEncodingsAlone)
 {

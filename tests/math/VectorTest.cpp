@@ -93,6 +93,9 @@ TEST(Vector4D, HoldsItsFourNumbersInOrder)
     EXPECT_EQ(numbers[1], 0.5f);
     EXPECT_EQ(numbers[2], 0.25f);
     EXPECT_EQ(numbers[3], 0.125f);
+    EXPECT_NE(color, Vector4D<float>(0, 0.5f, 0.25f, 0.125f));
+    EXPECT_NE(color, Vector4D<float>(1, 0, 0.25f, 0.125f));
+    EXPECT_NE(color, Vector4D<float>(1, 0.5f, 0, 0.125f));
     EXPECT_NE(color, Vector4D<float>(1, 0.5f, 0.25f, 0));
 }
 
@@ -121,4 +124,11 @@ TEST(TriangleFace, OrderOfCornersTellsFacesApart)
 {
     EXPECT_NE(TriangleFace(1, 2, 3), TriangleFace(2, 3, 1));
     EXPECT_EQ(TriangleFace(1, 2, 3), TriangleFace(1, 2, 3));
+}
+
+TEST(TriangleFace, EachCornerTellsFacesApart)
+{
+    EXPECT_NE(TriangleFace(1, 2, 3), TriangleFace(9, 2, 3));
+    EXPECT_NE(TriangleFace(1, 2, 3), TriangleFace(1, 9, 3));
+    EXPECT_NE(TriangleFace(1, 2, 3), TriangleFace(1, 2, 9));
 }

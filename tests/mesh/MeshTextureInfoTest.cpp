@@ -284,6 +284,9 @@ TEST(MeshTextureInfo, SizeBelowOneIsNotValid)
     info.width = 0;
     info.height = 5;
     EXPECT_FALSE(info.isValidSize());
+    info.width = 5;
+    info.height = 0;
+    EXPECT_FALSE(info.isValidSize());
 }
 
 TEST(MeshTextureInfo, SizeIsJudgedBeyondThirtyTwoBits)

@@ -66,6 +66,17 @@ TEST(STLBinary, KeepsWhatThereIsOfARecordThatIsCutShort)
     }
 }
 
+TEST(STLBinary, RefusesAFileWhoseCountCannotBeRead)
+{
+    class : public test::FailingDevice {
+    public:
+        using FailingDevice::FailingDevice;
+        qint64 size() const override { return 84 + 50; }
+        bool seek(qint64 position) override { return QIODevice::seek(position); }
+    } device{QByteArray(82, '\0')};
+    EXPECT_FALSE(kr::stl::ReadBinary(device, 80));
+}
+
 TEST(STLBinary, ReadsMoreRecordsThanABlockHolds)
 {
     Bytes device(BinarySTL().Facets(10'000));

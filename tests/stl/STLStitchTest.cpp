@@ -521,6 +521,15 @@ TEST(STLStitch, CornersThatAreNotFiniteAreNeverShared)
     }
 }
 
+TEST(STLStitch, FacetsOfWhichNoCornerIsFiniteComeOutAsTheyWentIn)
+{
+    const SoupCorners wild{{kNaN, 0, 0}, {0, kInfinity, 0}, {0, 0, -kInfinity},
+                           {kNaN, 1, 1}, {1, kInfinity, 1}, {1, 1, -kInfinity}};
+    const SoupCorners corners = CornersOf(Stitch(wild));
+    ASSERT_EQ(corners.size(), wild.size());
+    EXPECT_TRUE(std::equal(corners.begin(), corners.end(), wild.begin(), HaveSameBits));
+}
+
 TEST(STLStitch, FacetsWithoutAreaCannotTurnTheMeshInsideOut)
 {
     const SoupCorners needle{{1e30f, 0, 0}, {2e30f, 0, 0}, {3e30f, 0, 0}};
