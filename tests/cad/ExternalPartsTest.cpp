@@ -152,6 +152,14 @@ TEST_F(ExternalParts, ThatAreMissingAreLeftOut)
     EXPECT_DOUBLE_EQ(m_meshes[0]->GetVolume(), 8);
 }
 
+TEST_F(ExternalParts, WithoutANameAreLeftOut)
+{
+    Rename("'part-Small.stp'", "''");
+    ASSERT_TRUE(STEPAndIGESFile::LoadFile(Path("main.stp"), m_meshes, 1, 20, false));
+    ASSERT_EQ(m_meshes.size(), 1u);
+    EXPECT_DOUBLE_EQ(m_meshes[0]->GetVolume(), 8);
+}
+
 TEST_F(ExternalParts, ThatAreAllMissingGiveNothing)
 {
     const QStringList parts = QDir(Path(".")).entryList({QStringLiteral("part-*")});

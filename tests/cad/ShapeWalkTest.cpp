@@ -5,6 +5,7 @@
 #include <TDocStd_Document.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopLoc_Location.hxx>
+#include <TopoDS_CompSolid.hxx>
 #include <TopoDS_Compound.hxx>
 #include <XCAFApp_Application.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
@@ -96,6 +97,19 @@ TEST_F(ShapeWalk, SolidsOfACompoundWithoutANameAreNumbersAlone)
         EXPECT_EQ(shapes[0].name, QStringLiteral("1"));
         EXPECT_EQ(shapes[1].name, QStringLiteral("2"));
     }
+}
+
+TEST_F(ShapeWalk, SolidsThatHangTogetherAreTakenOneByOne)
+{
+    TopoDS_CompSolid row;
+    BRep_Builder().MakeCompSolid(row);
+    BRep_Builder().Add(row, Box());
+    BRep_Builder().Add(row, Box());
+    const std::vector<PlacedShape> shapes = Walk(Add(row, u"Row"));
+    ASSERT_EQ(shapes.size(), 2u);
+    EXPECT_EQ(shapes[0].shape.ShapeType(), TopAbs_SOLID);
+    EXPECT_EQ(shapes[0].name, QStringLiteral("Row-1"));
+    EXPECT_EQ(shapes[1].name, QStringLiteral("Row-2"));
 }
 
 TEST_F(ShapeWalk, ComparesALabelWithoutItsBlanksWithTheRoot)
