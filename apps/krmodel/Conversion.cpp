@@ -76,16 +76,14 @@ std::vector<Conversion> PlanConversions(const ConvertOptions& options)
     if (options.to.isEmpty() && !options.directory.isEmpty())
         Refuse(QStringLiteral("--directory goes with --to, which names the format to write there"));
     std::vector<Conversion> conversions = Plan(options);
-    int fromStandardInput = 0;
+    bool isStandardInputRead = false; // once: its output would be written twice
     for (const Conversion& conversion : conversions) {
-        fromStandardInput += conversion.isFromStandardInput ? 1 : 0;
+        isStandardInputRead = isStandardInputRead || conversion.isFromStandardInput;
         if (options.hasNormals && !conversion.output.format->holdsNormals)
             Refuse(
                 QStringLiteral("--normals: %1 has none").arg(QLatin1String(conversion.output.format->name)));
     }
-    if (fromStandardInput > 1)
-        Refuse(QStringLiteral("standard input can be read but once"));
-    if (fromStandardInput == 0 && !options.from.isEmpty())
+    if (!isStandardInputRead && !options.from.isEmpty())
         Refuse(QStringLiteral("--from goes with \"-\", standard input; files are known by their suffixes"));
     return conversions;
 }

@@ -37,13 +37,12 @@ bool IsGentle(const Eigen::Vector3f& a, const Eigen::Vector3f& b)
     return a.dot(b) > kCreaseCosine * std::sqrt(a.squaredNorm() * b.squaredNorm());
 }
 
-/// 0, 1 or 2; -1 when the face has no such vertex.
+/// The first corner of the face that lies at a vertex of it.
 int CornerAt(const TriangleFace& face, int vertex)
 {
-    for (int corner = 0; corner < 3; ++corner)
-        if (face[corner] == vertex)
-            return corner;
-    return -1;
+    if (face[0] == vertex)
+        return 0;
+    return face[1] == vertex ? 1 : 2;
 }
 
 } // namespace
@@ -96,8 +95,7 @@ void CornerNormals::JoinAcross(const Scene& scene, int face, int other, int vert
 {
     const int cornerHere = CornerAt(scene.faces[size_t(face)], vertex);
     const int cornerThere = CornerAt(scene.faces[size_t(other)], vertex);
-    if (cornerThere >= 0)
-        m_parents[size_t(GroupOf(3 * other + cornerThere))] = GroupOf(3 * face + cornerHere);
+    m_parents[size_t(GroupOf(3 * other + cornerThere))] = GroupOf(3 * face + cornerHere);
 }
 
 } // namespace krmodel

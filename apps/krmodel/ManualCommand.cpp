@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 
 #include "apps/krmodel/Commands.h"
@@ -17,10 +19,11 @@ constexpr Kind kKinds[] = {
 
 QString Make(const CLI::App& app, const QString& name)
 {
-    for (const Kind& kind : kKinds)
-        if (name == QLatin1String(kind.name))
-            return kind.make(app);
-    return {};
+    // It is one of them, or the command line would have been refused.
+    const Kind* const kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind& known) {
+        return name == QLatin1String(known.name);
+    });
+    return kind->make(app);
 }
 
 std::vector<std::string> KindNames()

@@ -62,12 +62,11 @@ bool TrySave(const Output& output, const Model& model)
     }
 }
 
-/// An object without a name is called as its file, where the format has no names.
+/// Where the format has no names, an object is called as its file.
 void NameObjects(Model& model, const QString& fileName)
 {
     for (const auto& mesh : model.meshes)
-        if (mesh->GetObjectName().isEmpty())
-            mesh->SetObjectName(QFileInfo(fileName).completeBaseName());
+        mesh->SetObjectName(QFileInfo(fileName).completeBaseName());
 }
 
 const Format& OutputFormat(const QString& fileName)
