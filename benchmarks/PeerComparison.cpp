@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <map>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -198,8 +199,8 @@ bool StartTask(const Task& task, const QString& path, Result& result)
         return false;
     // Peers chat on standard output; the numbers are the last line.
     const QByteArray line = child.readAllStandardOutput().trimmed().split('\n').last();
-    return std::sscanf(line.constData(), "%lf %lf %lf %ld", &result.firstSeconds, &result.againSeconds,
-                       &result.peakBytes, &result.vertices) == 4;
+    std::istringstream numbers(line.toStdString());
+    return bool(numbers >> result.firstSeconds >> result.againSeconds >> result.peakBytes >> result.vertices);
 }
 
 template<class Field>

@@ -51,7 +51,8 @@ int main(int argc, char** argv)
     }
     DXFPathFile::Paths paths;
     const MeshBoundingBox box = mesh.GetBoundingBox();
-    for (double z = double(box.minimum.z) + layer / 2; z < double(box.maximum.z); z += layer)
-        paths[int(paths.size()) + 1] = Slice(mesh, z);
+    const auto height = [&](int index) { return double(box.minimum.z) + (index + 0.5) * layer; };
+    for (int index = 0; height(index) < double(box.maximum.z); ++index)
+        paths[index + 1] = Slice(mesh, height(index));
     return DXFPathFile::WriteDXFPathFile(paths, {}, QString::fromUtf8(argv[3])) ? 0 : 1;
 }

@@ -122,9 +122,10 @@ void LinkFacets(Soup& soup)
 // The text of the standard library's own bounds check.
 [[noreturn]] void ThrowOutOfRange(std::size_t index, std::size_t size)
 {
-    char text[120];
-    std::snprintf(text, sizeof text,
-                  "vector::_M_range_check: __n (which is %zu) >= this->size() (which is %zu)", index, size);
+    char text[120]; // holds any two numbers
+    static_cast<void>(std::snprintf(
+        text, sizeof text, "vector::_M_range_check: __n (which is %zu) >= this->size() (which is %zu)", index,
+        size));
     throw std::out_of_range(text);
 }
 
