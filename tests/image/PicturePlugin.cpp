@@ -29,6 +29,7 @@ public:
     {
         ++decodedCount;
         *image = QImage(m_picture.size, m_picture.format);
+        image->fill(0U);
         return m_picture.loads;
     }
     bool supportsOption(ImageOption option) const override

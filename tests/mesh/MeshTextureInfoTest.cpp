@@ -234,7 +234,9 @@ TEST(MeshTextureInfo, LimitOfZeroOrLessKeepsAllPixels)
 TEST(MeshTextureInfo, RefusesMorePixelsThanItsLimits)
 {
     MeshTextureInfo info;
-    EXPECT_TRUE(info.load(QImage(32768, 1, QImage::Format_Mono), false, false, false, 0));
+    QImage widest(32768, 1, QImage::Format_Mono);
+    widest.fill(0U);
+    EXPECT_TRUE(info.load(widest, false, false, false, 0));
     EXPECT_FALSE(info.load(QImage(32769, 1, QImage::Format_Mono), false, false, false, 0));
     EXPECT_FALSE(info.load(QImage(1, 32769, QImage::Format_Mono), false, false, false, 10));
     EXPECT_FALSE(info.load(QImage(16384, 16385, QImage::Format_Mono), false, false, false, 10));
