@@ -24,7 +24,7 @@ private:
 
     Eigen::Vector3f m_right;
     Eigen::Vector3f m_forward;
-    Eigen::Vector2f m_origin; ///< of the first cell
+    Eigen::Vector2f m_origin = Eigen::Vector2f::Zero(); ///< of the first cell
     float m_cellsPerLength = 1;
     std::vector<float> m_cells; ///< kSide rows of kSide
 };
