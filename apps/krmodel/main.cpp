@@ -1,3 +1,5 @@
+#include <cstdio>
+
 #include <QTextCodec>
 
 #include "apps/krmodel/Arguments.h"
@@ -15,6 +17,15 @@ ExitCode Run(int argc, const char* const* argv)
     return command();
 }
 
+/// What was printed counts when it has arrived.
+ExitCode AfterPrinting(ExitCode code)
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return code;
+    PrintError(QStringLiteral("standard output: cannot write in full"));
+    return code == ExitCode::Done ? ExitCode::WriteFailed : code;
+}
+
 } // namespace
 
 } // namespace krmodel
@@ -29,5 +40,5 @@ int main(int argc, char** argv)
         if (type == QtFatalMsg)
             krmodel::PrintError(text);
     });
-    return int(krmodel::Guard([=] { return krmodel::Run(argc, argv); }));
+    return int(krmodel::AfterPrinting(krmodel::Guard([=] { return krmodel::Run(argc, argv); })));
 }

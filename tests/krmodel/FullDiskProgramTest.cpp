@@ -103,4 +103,14 @@ TEST_F(KrmodelFullDisk, ReportsAFullDeviceOnStandardOutput)
     }
 }
 
+TEST_F(KrmodelFullDisk, ReportsThatWhatIsPrintedDoesNotArrive)
+{
+    for (const char* line :
+         {"info gear.stl", "info gear.stl --json", "check gear.stl", "manual man", "--help", "--version"}) {
+        const ProgramRun run = RunScript("\"$0\" \"$@\" >/dev/full", Words(line));
+        EXPECT_EQ(run.exitCode, WriteFailed) << line;
+        EXPECT_EQ(run.errors, QStringLiteral("krmodel: standard output: cannot write in full\n")) << line;
+    }
+}
+
 } // namespace
