@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include "tests/common/PictureFiles.h"
 #include "tests/common/RunProgram.h"
 
 namespace {
@@ -43,7 +44,7 @@ TEST(MaterialTable, ShowsColoursPicturesAndWhatIsMissing)
 {
     const QTemporaryDir directory;
     const QString there = directory.filePath(QStringLiteral("wood.png"));
-    ASSERT_TRUE(QImage(4, 2, QImage::Format_RGB32).save(there));
+    ASSERT_TRUE(test::PlainPicture(4, 2, 0xff804000).save(there));
     Model model = ModelOf(1234);
     model.groups = {Group("wood", 0, 1200), Group("ghost", -1, 0), Group("wood", 1200, 34)};
     MeshMaterialInfo& wood = model.groups[0].material;

@@ -64,7 +64,7 @@ double Seconds(const timeval& time)
 
 int main(int argc, char** argv)
 {
-    const int size = argc > 1 ? std::atoi(argv[1]) : 1 << 20;
+    const int size = argc > 1 ? int(std::strtol(argv[1], nullptr, 10)) : 1 << 20;
     const QByteArray word = argc > 2 ? argv[2] : "";
     std::printf("%-28s %10s %9s %9s\n", "file", "bytes", "seconds", "MiB");
     bool isAlive = true;
