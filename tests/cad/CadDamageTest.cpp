@@ -3,12 +3,11 @@
 #include <cstdlib>
 #include <random>
 
-#include <QFile>
-
 #include <tbb/global_control.h>
 
 #include "tests/cad/CadFiles.h"
 #include "tests/cad/CadLoadSupport.h"
+#include "tests/cad/DamagedCad.h"
 #include "tests/cad/RunInChild.h"
 #include "tests/common/Directory.h"
 
@@ -43,41 +42,19 @@ protected:
     Directory m_directory;
 };
 
-/// Whatever a load of a damaged file gives is whole: refused, or meshes whose faces name vertices that are
-/// there.
-bool GivesWholeMeshesOrNothing(const QString& path)
-{
-    const CadMeshes meshes(path);
-    if (!meshes.IsLoaded() && meshes.Count() > 0)
-        return false;
-    return OpenDocumentCount() == 0 && std::all_of(meshes.All().begin(), meshes.All().end(),
-                                                   [](const Mesh* mesh) { return IsWhole(*mesh); });
-}
-
 // The files of these tests are read in children, which need a parent without other threads.
 const tbb::global_control kNoWorkers(tbb::global_control::max_allowed_parallelism, 1);
 
-struct Ends {
-    int done = 0;
-    int failed = 0;
-    int others = 0;
-};
-
 /// Loads of the file with one bit of 7 flipped, wherever chance has it.
-Ends LoadWithFlippedBits(const QByteArray& bytes, const QString& path, int count)
+CadEnds LoadWithFlippedBits(const QByteArray& bytes, const QString& path, int count)
 {
     std::mt19937 random(61);
-    Ends ends;
+    CadEnds ends;
     for (int i = 0; i < count; ++i) {
         QByteArray damaged = bytes;
         const int at = static_cast<int>(random() % static_cast<unsigned>(bytes.size()));
         damaged[at] = static_cast<char>(damaged[at] ^ (1 << random() % 7));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(damaged);
-        file.close();
-        const ChildEnd end = RunInChild([&] { return GivesWholeMeshesOrNothing(path); }, 30);
-        ++(end == ChildEnd::Done ? ends.done : end == ChildEnd::Failed ? ends.failed : ends.others);
+        LoadInChild(damaged, path, ends);
     }
     return ends;
 }
@@ -147,7 +124,7 @@ TEST_F(CadDamage, FlippedBitsGiveWholeMeshesOrNothingWhereverOpenCascadeSurvives
     const QByteArray step = BytesOfSTEP({MakeSampleParts().sheet}),
                      iges = BytesOfIGES({MakeSampleParts().sheet});
     for (const auto& [bytes, extension] : {std::pair(step, ".step"), std::pair(iges, ".iges")}) {
-        const Ends ends = LoadWithFlippedBits(bytes, Damaged(bytes, extension), 200);
+        const CadEnds ends = LoadWithFlippedBits(bytes, Damaged(bytes, extension), 200);
         EXPECT_EQ(ends.failed, 0) << extension;
         EXPECT_GT(ends.done, 150) << extension;
     }

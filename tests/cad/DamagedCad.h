@@ -1,0 +1,56 @@
+#pragma once
+
+#include <algorithm>
+
+#include <QFile>
+
+#include "tests/cad/CadFiles.h"
+#include "tests/cad/CadLoadSupport.h"
+#include "tests/cad/RunInChild.h"
+
+namespace test {
+
+/// Whatever a load of a damaged file gives is whole: refused, or meshes whose faces name vertices that are
+/// there.
+inline bool GivesWholeMeshesOrNothing(const QString& path)
+{
+    const CadMeshes meshes(path);
+    if (!meshes.IsLoaded() && meshes.Count() > 0)
+        return false;
+    return OpenDocumentCount() == 0 && std::all_of(meshes.All().begin(), meshes.All().end(),
+                                                   [](const Mesh* mesh) { return IsWhole(*mesh); });
+}
+
+/// How the loads of some files ended.
+struct CadEnds {
+    int done = 0;              ///< refused, or with whole meshes
+    int failed = 0;            ///< by this project's fault
+    int diedInOpenCascade = 0; ///< or at its limit of time, at work there
+    int others = 0;
+};
+
+/// Writes the file, loads it in a process of its own, and counts how that ended.
+inline void LoadInChild(const QByteArray& bytes, const QString& path, CadEnds& ends)
+{
+    QFile file(path);
+    const bool isWritten = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    file.close();
+    const ChildEnd end = isWritten ? RunInChild([&] { return GivesWholeMeshesOrNothing(path); }, 30)
+                                   : ChildEnd::KilledFromOutside;
+    switch (end) {
+    case ChildEnd::Done:
+        ++ends.done;
+        break;
+    case ChildEnd::Failed:
+        ++ends.failed;
+        break;
+    case ChildEnd::DiedInOpenCascade:
+        ++ends.diedInOpenCascade;
+        break;
+    case ChildEnd::KilledFromOutside:
+        ++ends.others;
+        break;
+    }
+}
+
+} // namespace test
