@@ -53,7 +53,7 @@ public:
     ///         document holds no solid, shell or face (@p meshes is empty then). Shapes of which none yields
     ///         a triangle give true and no mesh
     /// @throws Standard_Failure and its family, of OpenCASCADE and no std::exception, as for a @p deflection
-    ///         of 0 for a solid or an @p angle of 0; nothing is left behind
+    ///         of 0 for a solid, an @p angle of 0, and some damaged IGES files; nothing is left behind
     /// @throws std::bad_alloc when memory runs out
     /// @throws std::runtime_error when the library that holds OpenCASCADE cannot be loaded; the text says
     ///         why. After any exception @p meshes is empty

@@ -111,6 +111,16 @@ TEST_F(CadDamage, RefusesASTEPFileThatWasCutBeforeItsData)
         EXPECT_FALSE(CadMeshes(Damaged(bytes.left(size), ".step")).IsLoaded()) << size;
 }
 
+TEST_F(CadDamage, AnIGESFaceWithAnUnfinishedLoopEndsInAnExceptionWithoutMeshes)
+{
+    const QString path = Damaged(WithAnUnfinishedLoop(BytesOfIGES({MakeSampleParts().sheet})), ".iges");
+    std::vector<Mesh*> meshes;
+    const auto load = [&] { return STEPAndIGESFile::LoadFile(path, meshes, kDeflection, kAngle, true); };
+    EXPECT_TRUE(EndsInStandardFailure([&] { EXPECT_TRUE(load()); }));
+    EXPECT_TRUE(meshes.empty());
+    EXPECT_EQ(OpenDocumentCount(), 0);
+}
+
 TEST_F(CadDamage, ACrashOfOurOwnInAChildIsAFailure)
 {
     EXPECT_EQ(RunInChild([] { return true; }, 30), ChildEnd::Done);

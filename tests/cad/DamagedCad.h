@@ -4,11 +4,23 @@
 
 #include <QFile>
 
+#include <gtest/gtest.h>
+
 #include "tests/cad/CadFiles.h"
 #include "tests/cad/CadLoadSupport.h"
 #include "tests/cad/RunInChild.h"
 
 namespace test {
+
+/// The IGES file of a face whose loop has an entry in the directory that ends among lines of no section.
+inline QByteArray WithAnUnfinishedLoop(QByteArray iges)
+{
+    // The second line of the entry; column 73 has the letter of the section.
+    const int letter = iges.lastIndexOf("\n     508 ") + 73;
+    EXPECT_EQ(iges[letter], 'D');
+    iges[letter] = 'E';
+    return iges;
+}
 
 /// Whatever a load of a damaged file gives is whole: refused, or meshes whose faces name vertices that are
 /// there, or an exception of OpenCASCADE's and no meshes.
