@@ -390,6 +390,15 @@ TEST(PackageReader, PassesOverEntriesWhoseNamesBeginWithSlash)
     EXPECT_THAT(ObjectIds(package), ElementsAre(1));
 }
 
+TEST(PackageReader, ReadsNoOtherEntryInPlaceOfOneWhoseNameBeginsWithSlash)
+{
+    for (const char* const name : {"/", "/a.model"}) {
+        OwnedPackage package;
+        ASSERT_TRUE(package.LoadBytes(ZipBuilder().Add("a.model", ModelPart()).Add(name, "no XML").Bytes()));
+        EXPECT_THAT(ObjectIds(package), ElementsAre(1)) << name;
+    }
+}
+
 TEST(PackageReader, ReadsArchiveWithComment)
 {
     OwnedPackage package;

@@ -63,7 +63,11 @@ bool PlainPackage::CanLoad(const QString& fileName)
     // As far as the directory is whole.
     QuaZipFileInfo64 entry;
     for (bool isEntry = archive.goToFirstFile(); isEntry; isEntry = archive.goToNextFile()) {
-        if (archive.getCurrentFileInfo(&entry) && (entry.name.isEmpty() || entry.method == kBzip2))
+        if (!archive.getCurrentFileInfo(&entry))
+            continue;
+        // By such a name QuaZip opens another entry than the one that has it.
+        const bool isOdd = entry.name.isEmpty() || entry.name.startsWith(QLatin1Char('/'));
+        if (isOdd || entry.method == kBzip2)
             return false;
     }
     return true;
