@@ -153,15 +153,6 @@ TEST(OBJGroups, KeepADefaultMaterialWithTheirNameWhenTheLibraryLacksIt)
     }
 }
 
-// A NUL would end the name for the system.
-TEST(OBJGroups, HaveNoLibraryWhoseNameGoesOnBehindANul)
-{
-    const Groups groups =
-        LoadObj(QByteArray("mtllib lib.mtl\0x\nusemtl a\n", 26), "newmtl a\nKd 1 0 0\n").groups;
-    ASSERT_EQ(groups.size(), 1U);
-    ExpectDefaultMaterial(groups[0].material);
-}
-
 TEST(OBJGroups, TakeTheWholeMaterial)
 {
     const Groups groups = LoadObj("mtllib lib.mtl\nusemtl a\n",

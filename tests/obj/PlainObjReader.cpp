@@ -31,9 +31,7 @@ QStringList Words(const QString& line)
 // A pipe would wait for somebody to write into it.
 bool Open(QFile& file)
 {
-    // A NUL would end the name for the system.
-    return !file.fileName().contains(QChar::Null) && QFileInfo(file.fileName()).isFile() &&
-           file.open(QIODevice::ReadOnly | QIODevice::Text);
+    return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Text);
 }
 
 void TakeVertex(const QStringList& words, PlainObj& obj)
