@@ -1,10 +1,9 @@
 #include <cstdio>
 
-#include <QTemporaryDir>
-
 #include <tbb/global_control.h>
 
 #include "tests/cad/DamagedCad.h"
+#include "tests/common/Directory.h"
 
 using namespace test;
 
@@ -28,31 +27,26 @@ CadEnds LoadWithEveryByteChanged(QByteArray bytes, const QString& path)
     return ends;
 }
 
-QByteArray BytesOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 /// Loads a STEP and an IGES file of one face with every byte changed in four ways. 0 when nothing failed but
 /// OpenCASCADE.
 int main()
 {
-    const QTemporaryDir directory;
+    const Directory directory;
     const SampleParts parts = MakeSampleParts();
-    const QString step = directory.filePath(QStringLiteral("face.step")),
-                  iges = directory.filePath(QStringLiteral("face.iges"));
+    const QString step = directory.Path(QStringLiteral("face.step")),
+                  iges = directory.Path(QStringLiteral("face.iges"));
     if (!WriteSTEP(step, {parts.sheet}) || !WriteIGES(iges, {parts.sheet}))
         return 1;
     int failureCount = 0;
     for (const QString& path : {step, iges}) {
-        const CadEnds ends = LoadWithEveryByteChanged(BytesOf(path), path);
+        CadEnds ends = LoadWithEveryByteChanged(Directory::Read(path), path);
         std::printf("%s: %d refused or whole, %d died in OpenCASCADE, %d failed, %d others\n",
-                    qPrintable(path.section(QLatin1Char('.'), -1)), ends.done, ends.diedInOpenCascade,
-                    ends.failed, ends.others);
-        failureCount += ends.failed + ends.others;
+                    qPrintable(path.section(QLatin1Char('.'), -1)), ends[ChildEnd::Done],
+                    ends[ChildEnd::DiedInOpenCascade], ends[ChildEnd::Failed],
+                    ends[ChildEnd::KilledFromOutside]);
+        failureCount += ends[ChildEnd::Failed] + ends[ChildEnd::KilledFromOutside];
     }
     return failureCount == 0 ? 0 : 1;
 }

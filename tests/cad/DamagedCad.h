@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 
 #include <QFile>
 
@@ -36,13 +37,8 @@ inline bool GivesWholeMeshesOrNothing(const QString& path)
                                                    [](const Mesh* mesh) { return IsWhole(*mesh); });
 }
 
-/// How the loads of some files ended.
-struct CadEnds {
-    int done = 0;              ///< refused, or with whole meshes
-    int failed = 0;            ///< by this project's fault
-    int diedInOpenCascade = 0; ///< or at its limit of time, at work there
-    int others = 0;
-};
+/// How many loads ended in each way.
+using CadEnds = std::map<ChildEnd, int>;
 
 /// Writes the file, loads it in a process of its own, and counts how that ended.
 inline void LoadInChild(const QByteArray& bytes, const QString& path, CadEnds& ends)
@@ -50,22 +46,8 @@ inline void LoadInChild(const QByteArray& bytes, const QString& path, CadEnds& e
     QFile file(path);
     const bool isWritten = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     file.close();
-    const ChildEnd end = isWritten ? RunInChild([&] { return GivesWholeMeshesOrNothing(path); }, 30)
-                                   : ChildEnd::KilledFromOutside;
-    switch (end) {
-    case ChildEnd::Done:
-        ++ends.done;
-        break;
-    case ChildEnd::Failed:
-        ++ends.failed;
-        break;
-    case ChildEnd::DiedInOpenCascade:
-        ++ends.diedInOpenCascade;
-        break;
-    case ChildEnd::KilledFromOutside:
-        ++ends.others;
-        break;
-    }
+    ++ends[isWritten ? RunInChild([&] { return GivesWholeMeshesOrNothing(path); }, 30)
+                     : ChildEnd::KilledFromOutside];
 }
 
 } // namespace test

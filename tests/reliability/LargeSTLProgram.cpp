@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 #include <vector>
 
 #include <QString>
@@ -80,7 +82,7 @@ void WriteText(const Grid& grid, std::FILE* file)
     ForEachFacet(grid, [file](const Corners& corners) {
         std::fputs("  facet normal 0.000000 0.000000 0.000000\n    outer loop\n", file);
         for (const auto& [x, y, z] : corners)
-            std::fprintf(file, "      vertex %.6f %.6f %.6f\n", double(x), double(y), double(z));
+            std::fprintf(file, "      vertex %.9g %.9g %.9g\n", double(x), double(y), double(z));
         std::fputs("    endloop\n  endfacet\n", file);
     });
     std::fputs("endsolid torus\n", file);
@@ -98,13 +100,28 @@ long long Write(const Grid& grid, bool isText, const char* path)
     return std::fclose(file) == 0 && isGood ? size : 0;
 }
 
-/// A closed torus whose points are all there once: as many corners as the grid has, twice the facets, no edge
-/// open, and the volume.
+/// Whether each facet has the corners that were written, in whatever order.
+bool HasFacets(const Grid& grid, const Mesh& mesh)
+{
+    const std::vector<Vector3D<float>>& vertices = *mesh.GetVerticesVecPtr();
+    auto face = mesh.GetFacesVecPtr()->begin();
+    bool areSame = true;
+    ForEachFacet(grid, [&](const Corners& corners) {
+        const auto isCorner = [&](int vertex) {
+            return std::find(corners.begin(), corners.end(), vertices[std::size_t(vertex)]) != corners.end();
+        };
+        areSame = areSame && std::all_of(std::begin(face->v), std::end(face->v), isCorner);
+        ++face;
+    });
+    return areSame;
+}
+
+/// Every point of the grid is there once, every facet in its place, and the volume is that of a torus.
 bool IsTorus(const Grid& grid, const Mesh& mesh)
 {
     const double volume = 2 * kPi * kPi * kRadius * kTubeRadius * kTubeRadius;
     return mesh.GetVertexNum() == grid.VertexCount() && mesh.GetFaceNum() == grid.FacetCount() &&
-           std::abs(mesh.GetVolume() / volume - 1) < 1e-4;
+           std::abs(mesh.GetVolume() / volume - 1) < 1e-4 && HasFacets(grid, mesh);
 }
 
 } // namespace
