@@ -4,9 +4,7 @@
 #include <charconv>
 #include <cstring>
 
-#include <QFile>
-#include <QtEndian>
-
+#include "apps/krmodel/StlRecords.h"
 #include "fileformat/stl/STLFile.h"
 
 namespace krmodel::stl {
@@ -14,9 +12,6 @@ namespace krmodel::stl {
 namespace {
 
 constexpr float kReaderMergeDistanceMm = 0.03f;
-constexpr int kHeaderSize = 80;
-constexpr qint64 kCountEnd = kHeaderSize + 4;
-constexpr qint64 kRecordSize = 50;
 constexpr char kTextEnd[] = "endsolid model\n";
 
 // An empty text solid is two lines; more than this is not looked at.
@@ -30,22 +25,15 @@ qint64 FacetCount(const Model& model)
     return count;
 }
 
-/// The facets that a binary file declares; negative for a file too short for a count.
-qint64 DeclaredFacets(QFile& file)
-{
-    char count[4];
-    if (!file.seek(kHeaderSize) || file.read(count, sizeof count) != qint64(sizeof count))
-        return -1;
-    return qFromLittleEndian<quint32>(count);
-}
-
 /// The declared facets need just the bytes that are there; the last record's attribute word may be missing
 /// and a broken record may follow. Bytes 80 to 83 of a text would stand for gigabytes.
 bool IsBinary(QFile& file)
 {
-    const qint64 declared = DeclaredFacets(file);
-    const qint64 surplus = file.size() - kCountEnd - declared * kRecordSize;
-    return declared >= 0 && surplus >= -2 && surplus < kRecordSize;
+    const auto declared = DeclaredFacets(file);
+    if (!declared)
+        return false;
+    const qint64 surplus = file.size() - kCountEnd - *declared * kRecordSize;
+    return surplus >= -2 && surplus < kRecordSize;
 }
 
 bool IsEmptyText(QFile& file)
@@ -57,24 +45,14 @@ bool IsEmptyText(QFile& file)
 }
 
 /// As Save() writes them; the count has been looked at by IsComplete().
-bool VisitRecords(QFile& file, const std::function<void(const Facet& facet)>& visit)
+bool VisitCorners(QFile& file, const std::function<void(const Facet& facet)>& visit)
 {
     static_assert(sizeof(Facet) == 9 * sizeof(float), "the corners of a record are copied as they lie");
-    constexpr qint64 kNormalSize = 3 * sizeof(float);
-    constexpr qint64 kRecordsAtOnce = 8192;
-    if (!file.seek(kCountEnd))
-        return false;
-    for (QByteArray records = file.read(kRecordsAtOnce * kRecordSize); !records.isEmpty();
-         records = file.read(kRecordsAtOnce * kRecordSize)) {
-        if (records.size() % kRecordSize != 0)
-            return false;
-        for (qint64 at = 0; at < records.size(); at += kRecordSize) {
-            Facet facet;
-            std::memcpy(facet.data(), records.constData() + at + kNormalSize, sizeof facet);
-            visit(facet);
-        }
-    }
-    return true;
+    return VisitRecords(file, [&](const char* record) {
+        Facet facet;
+        std::memcpy(facet.data(), record + kCornerPlace, sizeof facet);
+        visit(facet);
+    });
 }
 
 const char* SkipBlanks(const char* position, const char* end)
@@ -129,7 +107,7 @@ bool DeclaresNothing(const QString& fileName)
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    return (file.size() == kCountEnd && DeclaredFacets(file) == 0) || IsEmptyText(file);
+    return (file.size() == kCountEnd && DeclaredFacets(file) == qint64{0}) || IsEmptyText(file);
 }
 
 } // namespace
@@ -168,7 +146,7 @@ bool VisitFacets(const QString& fileName, Encoding encoding,
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    return encoding == Encoding::Binary ? VisitRecords(file, visit) : VisitLoops(file, visit);
+    return encoding == Encoding::Binary ? VisitCorners(file, visit) : VisitLoops(file, visit);
 }
 
 QString Variant(const QString& fileName)

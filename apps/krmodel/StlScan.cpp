@@ -1,40 +1,26 @@
-#include <QFile>
-#include <QtEndian>
-
 #include "apps/krmodel/ByteStream.h"
 #include "apps/krmodel/LossList.h"
 #include "apps/krmodel/StlFormat.h"
+#include "apps/krmodel/StlRecords.h"
 
 namespace krmodel::stl {
 
 namespace {
 
-constexpr qint64 kHeaderSize = 80;
-constexpr qint64 kCountEnd = kHeaderSize + 4;
-constexpr int kRecordSize = 50;
-constexpr int kWordPlace = 48;
-
 /// Some programs keep a colour there.
 qint64 CountAttributeWords(QFile& file)
 {
-    constexpr qint64 kRecordsAtOnce = 8192;
     qint64 count = 0;
-    if (!file.seek(kCountEnd))
-        return 0;
-    for (QByteArray records = file.read(kRecordsAtOnce * kRecordSize); !records.isEmpty();
-         records = file.read(kRecordsAtOnce * kRecordSize))
-        for (int word = kWordPlace; word + 2 <= records.size(); word += kRecordSize)
-            count += qFromLittleEndian<quint16>(records.constData() + word) != 0 ? 1 : 0;
+    VisitRecords(file, [&](const char* record) {
+        count += qFromLittleEndian<quint16>(record + kAttributePlace) != 0 ? 1 : 0;
+    });
     return count;
 }
 
 /// What the reader leaves out for want of an area.
 qint64 CountDropped(QFile& file, const Model& model)
 {
-    char count[4];
-    if (!file.seek(kHeaderSize) || file.read(count, sizeof count) != qint64(sizeof count))
-        return 0;
-    qint64 dropped = qFromLittleEndian<quint32>(count);
+    qint64 dropped = DeclaredFacets(file).value_or(0);
     for (const auto& mesh : model.meshes)
         dropped -= mesh->GetFaceNum();
     return dropped;
