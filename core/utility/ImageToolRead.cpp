@@ -29,13 +29,10 @@ QSize ClampedSize(qint64 width, qint64 height)
     return {side(width), side(height)};
 }
 
-// All of the bytes or none.
+// Fewer than asked for where the device ends.
 QByteArray BytesAt(QIODevice& device, qint64 place, int count)
 {
-    if (place > device.size() - count || !device.seek(place))
-        return {};
-    const QByteArray bytes = device.read(count);
-    return bytes.size() == count ? bytes : QByteArray();
+    return device.seek(place) ? device.read(count) : QByteArray();
 }
 
 // PNG file: signature of 8 bytes, length and name of the first chunk, then
@@ -43,26 +40,39 @@ QByteArray BytesAt(QIODevice& device, qint64 place, int count)
 //   height   uint32, big-endian
 QSize SizeOfPng(const QByteArray& header)
 {
-    constexpr int kWidthAt = 16, kHeightAt = 20;
-    if (!header.startsWith("\x89PNG\r\n\x1a\n"))
+    constexpr int kWidthAt = 16, kHeightAt = 20, kEnd = 24;
+    if (header.size() < kEnd || !header.startsWith("\x89PNG\r\n\x1a\n"))
         return {};
     return ClampedSize(qFromBigEndian<quint32>(header.constData() + kWidthAt),
                        qFromBigEndian<quint32>(header.constData() + kHeightAt));
 }
 
+// Bitmap: a header that has
+//   bits     uint16, little-endian   for each pixel
+//   colours  uint32, little-endian   in its palette
+// A number of colours that Qt takes for a negative one makes it set a part of the pixels only.
+bool HasPalettePastCounting(const QByteArray& header)
+{
+    constexpr int kBitsAt = 14, kColorsAt = 32, kEnd = 36;
+    constexpr int kMostBitsWithPalette = 8;
+    return header.size() >= kEnd &&
+           qFromLittleEndian<quint16>(header.constData() + kBitsAt) <= kMostBitsWithPalette &&
+           qFromLittleEndian<qint32>(header.constData() + kColorsAt) < 0;
+}
+
 // Icon file: a header of 6 bytes, then for each picture an entry of 16 bytes, which ends with
 //   place    uint32, little-endian   of the picture's file, counted from the begin of the device
 // Qt takes the first picture. If that is a PNG file it may have any size, whatever its entry says.
-QSize SizeOfPngInIcon(QIODevice& device)
+QByteArray HeaderOfPictureInIcon(QIODevice& device)
 {
-    constexpr int kPlaceAt = 18, kFirstEntryEnd = 22, kPngHeaderSize = 24;
+    constexpr int kPlaceAt = 18, kFirstEntryEnd = 22, kLongestHeader = 40;
     const qint64 begin = device.pos();
     const QByteArray entry = BytesAt(device, begin, kFirstEntryEnd);
-    QByteArray png;
-    if (!entry.isEmpty())
-        png = BytesAt(device, qFromLittleEndian<quint32>(entry.constData() + kPlaceAt), kPngHeaderSize);
+    QByteArray header;
+    if (entry.size() == kFirstEntryEnd)
+        header = BytesAt(device, qFromLittleEndian<quint32>(entry.constData() + kPlaceAt), kLongestHeader);
     device.seek(begin);
-    return SizeOfPng(png);
+    return header;
 }
 
 // The size as the file's header tells it, invalid if it does not. BMP files whose rows run from the top tell
@@ -93,10 +103,11 @@ bool ImageTool::ReadPicture(QIODevice& device, QImage& image, const SizeChoice& 
         return false;
     QImageReader reader(&device);
     const QByteArray format = reader.format(); // before the size, which makes icons forget it
-    const QSize sizeInIcon = IsOneOf(format, kIconFormats) ? SizeOfPngInIcon(device) : QSize();
+    const QByteArray inIcon = IsOneOf(format, kIconFormats) ? HeaderOfPictureInIcon(device) : QByteArray();
+    const QSize sizeInIcon = SizeOfPng(inIcon);
     const QSize announced = sizeInIcon.isValid() ? sizeInIcon : AnnouncedSize(reader);
     const std::optional<QSize> chosen = choose(announced);
-    if (!chosen)
+    if (!chosen || (!sizeInIcon.isValid() && HasPalettePastCounting(inIcon)))
         return false;
     if (*chosen != announced)
         reader.setScaledSize(*chosen);

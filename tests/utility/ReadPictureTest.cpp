@@ -79,6 +79,21 @@ public:
 
 using Sizes = std::vector<QSize>;
 
+constexpr int kBitmapAt = 22; // behind the icon's header and one entry
+
+// With a mask that hides nothing. Its rows count as rows of the bitmap.
+QByteArray IconOfBitmap(const QImage& image)
+{
+    constexpr int kFileHeaderSize = 14;
+    const int maskRowBytes = (image.width() + 31) / 32 * 4;
+    QByteArray icon = test::IconOf(
+        {test::Encoded(image, "BMP").mid(kFileHeaderSize) + QByteArray(image.height() * maskRowBytes, '\0')});
+    icon[6] = static_cast<char>(image.width());
+    icon[7] = static_cast<char>(image.height());
+    icon[kBitmapAt + 8] = static_cast<char>(2 * image.height());
+    return icon;
+}
+
 } // namespace
 
 TEST(ReadPicture, GivesThePixelsOfTheFile)
@@ -195,13 +210,24 @@ TEST(ReadPicture, AnIconCutShortIsNone)
         ExpectNone(Read(icon.left(size)));
 }
 
+TEST(ReadPicture, ABitmapInAnIconIsRefusedWhenItsPaletteIsPastCounting)
+{
+    const test::DirtyMemory dirty;
+    const QImage image = test::FourColors();
+    for (const QImage::Format format : {QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB32}) {
+        QByteArray icon = IconOfBitmap(image.convertToFormat(format));
+        EXPECT_EQ(Read(icon).image.size(), image.size());
+        icon[kBitmapAt + 35] = '\x80'; // the highest byte of the number of colours
+        // With 24 bits there is no palette.
+        EXPECT_EQ(Read(icon).isRead, format == QImage::Format_RGB32) << format;
+    }
+}
+
 TEST(ReadPicture, OfAnotherSizeThanAnnouncedIsJudgedAgain)
 {
     // Of an icon without a PNG file a side of 0 means 256, but Qt takes what its bitmap says.
-    QByteArray icon = test::IconOf(
-        {test::Encoded(test::PlainPicture(9, 8, 0), "BMP").mid(14) + QByteArray(9 * 8 / 2, '\0')});
+    QByteArray icon = IconOfBitmap(test::PlainPicture(9, 8, 0));
     icon.replace(6, 2, QByteArray(2, '\0'));
-    icon[22 + 8] = 16; // the rows of the mask count as rows
     const Picture picture = Read(icon);
     EXPECT_EQ(picture.sizes, Sizes({QSize(256, 256), QSize(9, 8)}));
     EXPECT_EQ(picture.image.size(), QSize(9, 8));
