@@ -249,7 +249,7 @@ QByteArray PackageOfAttributes(int size)
 QByteArray PackageOfDefaultAttributes(int size)
 {
     return Package("<!DOCTYPE model [" +
-                   Repeated(size * 3 / 4, [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA ''>"; }) +
+                   Repeated(size * 3 / 4, [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA '1'>"; }) +
                    "]><model>" + Repeated(size / 4, "<a/>") + "</model>");
 }
 
@@ -257,6 +257,14 @@ QByteArray PackageOfEntities(int size)
 {
     return Package("<!DOCTYPE model [<!ENTITY e '" + QByteArray(4000, 'e') +
                    "'>]><model><metadata name='n'>" + Repeated(size, "&e;") + "</metadata></model>");
+}
+
+/// Qt expands no entity of more than 4096 characters.
+QByteArray PackageOfAttributesInEntities(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY e \"<a" +
+                   Repeated(qMin(size / 20, 4000), [](int i) { return " a" + Number(i) + "=''"; }) + "/>\">]><model>" +
+                   Repeated(size, "&e;") + "</model>");
 }
 
 QByteArray PackageOfMetadata(int size)
@@ -392,6 +400,7 @@ const std::vector<SlowInput>& SlowInputs()
         {"PackageOfAttributes", "model.3mf", PackageOfAttributes, package, true},
         {"PackageOfDefaultAttributes", "model.3mf", PackageOfDefaultAttributes, package, true},
         {"PackageOfEntities", "model.3mf", PackageOfEntities, package, true},
+        {"PackageOfAttributesInEntities", "model.3mf", PackageOfAttributesInEntities, package, true},
         {"PackageOfMetadata", "model.3mf", PackageOfMetadata, package, true},
         {"PackageOfShortRows", "model.3mf", PackageOfShortRows, package, true},
         {"PackageOfManyParts", "model.3mf", PackageOfManyParts, package, true},
