@@ -181,7 +181,7 @@ ExitCode Convert(const Conversion& conversion, const Options& options, int stand
     const Output& output = conversion.output;
     LoadedModel loaded = Load(conversion, options);
     const bool wantsJson = options.batch.form == Form::Json;
-    std::vector<Loss> losses = FindInputLosses(*loaded.format, conversion.inputFile, loaded.model);
+    std::vector<Loss> losses = loaded.format->scan(conversion.inputFile, loaded.model);
     const QJsonObject description = wantsJson ? DescribeModel(loaded, conversion.inputFile) : QJsonObject();
     try {
         Arrange(loaded, options, *output.format);

@@ -16,20 +16,20 @@ namespace {
 // A new format is a new row.
 constexpr Format kFormats[] = {
     {"STL", "stl", "triangles without units, text or binary", Variants::BinaryOrText, Contents::Facets,
-     stl::Load, stl::Save, stl::IsComplete, stl::Variant, Rounding::None, Rounding::SixDecimals,
-     stl::VisitFacets, false, stl::Scan, true},
+     stl::Load, stl::Scan, stl::Save, stl::IsComplete, stl::Variant, Rounding::None, Rounding::SixDecimals,
+     stl::VisitFacets, false, true},
     {"OBJ", "obj", "triangles without units, texture coordinates; materials are read, not written",
-     Variants::TextAlone, Contents::Facets, obj::Load, obj::Save, obj::IsComplete, nullptr, Rounding::None,
-     Rounding::SixDecimals, nullptr, true, obj::Scan, true},
+     Variants::TextAlone, Contents::Facets, obj::Load, obj::Scan, obj::Save, obj::IsComplete, nullptr,
+     Rounding::None, Rounding::SixDecimals, nullptr, true, true},
     {"3MF", "3mf", "named objects with placements, a unit, metadata, colours and a thumbnail",
-     Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Save, threemf::IsComplete, nullptr,
-     Rounding::SixDigits, Rounding::SixDigits, nullptr, false, threemf::Scan},
+     Variants::BinaryAlone, Contents::Objects, threemf::Load, threemf::Scan, threemf::Save,
+     threemf::IsComplete, nullptr, Rounding::SixDigits, Rounding::SixDigits, nullptr},
     {"STEP", "stp step", "solids and shells, tessellated, with names and in their places; read alone",
-     Variants::TextAlone, Contents::Objects, cad::LoadStep, nullptr, nullptr, nullptr, Rounding::None,
-     Rounding::None, nullptr, false, cad::ScanStep, false, true},
+     Variants::TextAlone, Contents::Objects, cad::LoadStep, cad::ScanStep, nullptr, nullptr, nullptr,
+     Rounding::None, Rounding::None, nullptr, false, false, true},
     {"IGES", "igs iges", "solids, shells and faces, tessellated, with names and in their places; read alone",
-     Variants::TextAlone, Contents::Objects, cad::LoadIges, nullptr, nullptr, nullptr, Rounding::None,
-     Rounding::None, nullptr, false, cad::ScanIges, false, true},
+     Variants::TextAlone, Contents::Objects, cad::LoadIges, cad::ScanIges, nullptr, nullptr, nullptr,
+     Rounding::None, Rounding::None, nullptr, false, false, true},
 };
 
 QStringList SuffixesOf(const Format& format)

@@ -95,6 +95,9 @@ struct Format {
     Contents contents;
     /// Reads a file; why it could not, if so. A file that was read may hold no facet.
     std::optional<Refusal> (*load)(const QString& fileName, const ReadOptions& options, Model& model);
+    /// Looks for what a file that was loaded declares and the model does not hold. Reads it as a stream:
+    /// memory does not grow with the file, but with the number of its objects.
+    std::vector<Loss> (*scan)(const QString& fileName, const Model& model);
     /// Writes a model; null, as what follows, for a format that is only read; false when the file cannot be
     /// opened for writing.
     bool (*save)(const QString& fileName, const Model& model, Encoding encoding);
@@ -110,8 +113,6 @@ struct Format {
     bool (*visitFacets)(const QString& fileName, Encoding encoding,
                         const std::function<void(const Facet& facet)>& visit) = nullptr;
     bool holdsTexture = false; ///< save() writes texture coordinates
-    /// Looks for what a file that was loaded declares and the model does not hold; null when nobody looks.
-    std::vector<Loss> (*scan)(const QString& fileName, const Model& model) = nullptr;
     bool holdsNormals = false; ///< save() writes a normal for each facet, always or when the model wants them
     bool isTessellated = false; ///< load() makes facets of surfaces, once it has read the file
 

@@ -4,7 +4,6 @@
 
 #include "apps/krmodel/Commands.h"
 #include "apps/krmodel/Json.h"
-#include "apps/krmodel/Loss.h"
 #include "apps/krmodel/MaterialTable.h"
 #include "apps/krmodel/MeshReport.h"
 #include "apps/krmodel/ObjectTable.h"
@@ -127,7 +126,7 @@ void AddSurface(TextTable& table, const MeshReport& report, bool isInMillimetres
 /// What the file declares and the model does not hold, a line each.
 QString LossTable(const LoadedModel& loaded, const QString& fileName)
 {
-    const std::vector<Loss> losses = FindInputLosses(*loaded.format, fileName, loaded.model);
+    const std::vector<Loss> losses = loaded.format->scan(fileName, loaded.model);
     QString lines = losses.empty() ? QString() : QStringLiteral("  not carried\n");
     for (const Loss& loss : losses)
         lines += QStringLiteral("  ") + loss.text + QLatin1Char('\n');

@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
-#include "apps/krmodel/Loss.h"
 #include "apps/krmodel/Materials.h"
 
 namespace krmodel {
@@ -169,7 +168,7 @@ QJsonObject DescribeModel(const LoadedModel& loaded, const QString& fileName)
         {"colours", colours},
         {"materials", JsonMaterials(model, fileName)},
         {"thumbnail", JsonThumbnail(model.thumbnail)},
-        {"losses", DescribeLosses(FindInputLosses(format, fileName, model))},
+        {"losses", DescribeLosses(format.scan(fileName, model))},
     });
 }
 

@@ -72,11 +72,6 @@ void AddObjects(LossList& losses, const Model& model)
 
 } // namespace
 
-std::vector<Loss> FindInputLosses(const Format& format, const QString& fileName, const Model& model)
-{
-    return format.scan ? format.scan(fileName, model) : std::vector<Loss>();
-}
-
 std::vector<Loss> FindOutputLosses(const Model& model, const Format& from, const Format& to,
                                    Encoding encoding)
 {

@@ -8,11 +8,6 @@
 
 namespace krmodel {
 
-/// What the library does not carry of a file.
-/// @param fileName  read as a stream: memory does not grow with the file, but with the number of its objects
-/// @param model     as loaded from the file
-std::vector<Loss> FindInputLosses(const Format& format, const QString& fileName, const Model& model);
-
 /// What a format cannot hold of a model, and what its rounding does to it.
 /// @param from  the format that the model was loaded from
 std::vector<Loss> FindOutputLosses(const Model& model, const Format& from, const Format& to,
