@@ -263,8 +263,8 @@ QByteArray PackageOfEntities(int size)
 QByteArray PackageOfAttributesInEntities(int size)
 {
     return Package("<!DOCTYPE model [<!ENTITY e \"<a" +
-                   Repeated(qMin(size / 20, 4000), [](int i) { return " a" + Number(i) + "=''"; }) + "/>\">]><model>" +
-                   Repeated(size, "&e;") + "</model>");
+                   Repeated(qMin(size / 20, 4000), [](int i) { return " a" + Number(i) + "=''"; }) +
+                   "/>\">]><model>" + Repeated(size, "&e;") + "</model>");
 }
 
 QByteArray PackageOfMetadata(int size)
