@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/common/EnvironmentVariable.h"
+
 namespace test {
 
 /// The C library writes numbers with a comma as long as this lives.
@@ -21,20 +23,16 @@ public:
         QProcess::execute(QStringLiteral("localedef"),
                           {QStringLiteral("-i"), QStringLiteral("de_DE"), QStringLiteral("-f"),
                            QStringLiteral("UTF-8"), target});
-        qputenv("LOCPATH", m_directory.path().toUtf8());
         EXPECT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
         EXPECT_STREQ(std::localeconv()->decimal_point, ",");
     }
-    ~GermanLocale()
-    {
-        std::setlocale(LC_ALL, "C");
-        qunsetenv("LOCPATH");
-    }
+    ~GermanLocale() { std::setlocale(LC_ALL, "C"); }
     GermanLocale(const GermanLocale&) = delete;
     GermanLocale& operator=(const GermanLocale&) = delete;
 
 private:
     QTemporaryDir m_directory;
+    EnvironmentVariable m_locales{"LOCPATH", m_directory.path().toUtf8()};
 };
 
 } // namespace test

@@ -1,3 +1,4 @@
+#include <list>
 #include <map>
 #include <memory>
 
@@ -6,6 +7,7 @@
 #include <QMimeDatabase>
 
 #include "tests/cad/CadFiles.h"
+#include "tests/common/EnvironmentVariable.h"
 #include "tests/krmodel/ProgramSupport.h"
 
 namespace {
@@ -38,10 +40,14 @@ protected:
         const ProgramRun run = RunProgram(QStringLiteral("update-mime-database"), {database});
         ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
         // Whatever else is known on this computer is not looked at.
-        qputenv("XDG_DATA_DIRS", QFile::encodeName(sharedDirectory->path()));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(sharedDirectory->path()));
+        for (const char* name : {"XDG_DATA_DIRS", "XDG_DATA_HOME"})
+            variables.emplace_back(name, QFile::encodeName(sharedDirectory->path()));
     }
-    static void TearDownTestSuite() { sharedDirectory.reset(); }
+    static void TearDownTestSuite()
+    {
+        variables.clear();
+        sharedDirectory.reset();
+    }
 
     static QString ByName(const char* fileName)
     {
@@ -72,10 +78,12 @@ protected:
 
 private:
     static std::unique_ptr<QTemporaryDir> sharedDirectory;
+    static std::list<test::EnvironmentVariable> variables;
     QTemporaryDir m_files;
 };
 
 std::unique_ptr<QTemporaryDir> MimeTypes::sharedDirectory;
+std::list<test::EnvironmentVariable> MimeTypes::variables;
 
 /// The thumbnailer's entry, and the command that a file manager makes of it.
 class Thumbnailer : public Krmodel {

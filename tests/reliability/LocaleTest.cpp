@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 
 #include "tests/common/Directory.h"
+#include "tests/common/EnvironmentVariable.h"
 #include "tests/reliability/Formats.h"
 #include "tests/reliability/StoppedClock.h"
 
@@ -38,13 +39,8 @@ public:
                               {QStringLiteral("--quiet"), QStringLiteral("-i"), source, QStringLiteral("-f"),
                                QStringLiteral("UTF-8"), target});
         }
-        qputenv("LOCPATH", m_directory.path().toUtf8());
     }
-    ~Locales()
-    {
-        Set("C");
-        qunsetenv("LOCPATH");
-    }
+    ~Locales() { Set("C"); }
     Locales(const Locales&) = delete;
     Locales& operator=(const Locales&) = delete;
 
@@ -58,6 +54,7 @@ public:
 
 private:
     QTemporaryDir m_directory;
+    test::EnvironmentVariable m_locales{"LOCPATH", m_directory.path().toUtf8()};
 };
 
 const Locales& OurLocales()

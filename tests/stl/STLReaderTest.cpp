@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "core/mesh/Mesh.h"
+#include "tests/common/EnvironmentVariable.h"
 #include "tests/common/FilledMesh.h"
 #include "tests/common/OpenFiles.h"
 #include "tests/stl/LoadSupport.h"
@@ -296,7 +297,7 @@ TEST(STLReaderThreads, LoadAndSaveDifferentFilesAtOnce)
 {
     // Without a named time zone the C library copies the default's name again for each header that is
     // written, under a lock of its own that the thread sanitizer cannot see.
-    qputenv("TZ", "UTC");
+    const test::EnvironmentVariable timeZone("TZ", "UTC");
     tzset();
     const Directory directory;
     QString paths[8];
