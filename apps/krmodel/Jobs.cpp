@@ -267,14 +267,14 @@ public:
     template<class OnEnd>
     void Wait(const OnEnd& onEnd)
     {
-        constexpr timespec kBetweenLooks = {0, 100'000'000};
+        constexpr timespec kInterval = {0, Onlooker::kLookIntervalMs * 1'000'000};
         const size_t count = m_children.size();
         std::vector<pollfd> pipes;
         for (const Child& child : m_children)
             pipes.push_back({child.pipe, POLLIN, 0});
         for (const Child& child : m_children)
             pipes.push_back({child.errorPipe, POLLIN, 0}); // passed over when below 0
-        if (ppoll(pipes.data(), pipes.size(), m_onlooker ? &kBetweenLooks : nullptr, &m_watch.GetMask()) < 0)
+        if (ppoll(pipes.data(), pipes.size(), m_onlooker ? &kInterval : nullptr, &m_watch.GetMask()) < 0)
             return;
         for (size_t i = count; i-- > 0;) {
             if (pipes[count + i].revents != 0)

@@ -41,7 +41,8 @@ struct JobAtWork {
 
 /// Looks on while jobs are at work.
 struct Onlooker {
-    /// Called at least every tenth of a second. The job that began first is the first one.
+    static constexpr int kLookIntervalMs = 100;
+    /// Called at this interval, and when a job says something. The job that began first is the first one.
     std::function<void(const std::vector<JobAtWork>& atWork, size_t endedCount)> look;
     /// Gets what jobs print on standard error, in whole lines, which comes here instead.
     std::function<void(const QByteArray& lines)> takeErrors;

@@ -19,7 +19,6 @@ namespace {
 
 /// What is through sooner shows nothing.
 constexpr qint64 kPatienceMs = 300;
-constexpr qint64 kBetweenLooksMs = 100;
 
 bool FindFile(const QString& name, struct stat& file)
 {
@@ -90,7 +89,7 @@ void Progress::Look(const std::vector<JobAtWork>& atWork, size_t endedCount)
         m_seen.try_emplace(job.index, Seen{now, false});
     if (now < m_nextLookMs || atWork.empty())
         return;
-    m_nextLookMs = now + kBetweenLooksMs;
+    m_nextLookMs = now + Onlooker::kLookIntervalMs;
     const JobAtWork& first = atWork.front();
     m_line.Show(Counts(atWork.size(), endedCount) + NameText(QFileInfo(m_inputs[first.index]).fileName()) +
                 QStringLiteral(": ") + StateOf(first));
