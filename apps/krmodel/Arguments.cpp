@@ -1,5 +1,7 @@
 #include "apps/krmodel/Arguments.h"
 
+#include <CLI/CLI.hpp>
+
 #include "apps/krmodel/Commands.h"
 
 namespace krmodel {

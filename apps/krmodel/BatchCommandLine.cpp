@@ -18,7 +18,7 @@ void AddBytes(CLI::App& verb, const NumberOption& option, const std::function<vo
     const auto takeNumbers = [take](const std::vector<double>& mebibytes) {
         take(qint64(mebibytes[0]) << kMebibyteBits);
     };
-    AddNumbers(verb, option, 1, takeNumbers)->default_str(usual);
+    AddNumbers(verb, option, 1, takeNumbers).Default(usual);
 }
 
 size_t AllCores()
@@ -59,8 +59,8 @@ void AddLimits(CLI::App& verb, BatchOptions& options)
 
 void AddJson(CLI::App& verb, BatchOptions& options)
 {
-    verb.add_flag_callback(
-        "--json", [&options] { options.form = Form::Json; },
+    AddFlag(
+        verb, "--json", [&options] { options.form = Form::Json; },
         "print one JSON object a line and file, for programs to read, also for a file that fails");
 }
 
@@ -73,12 +73,12 @@ void AddJobs(CLI::App& verb, BatchOptions& options)
                [&options](const std::vector<double>& jobs) {
                    options.atOnce = jobs[0] == 0 ? AllCores() : size_t(jobs[0]);
                })
-        ->default_str("1");
+        .Default("1");
 }
 
-CLI::Option* AddQuiet(CLI::App& verb, BatchOptions& options, const char* help)
+Option AddQuiet(CLI::App& verb, BatchOptions& options, const char* help)
 {
-    return verb.add_flag("--quiet", options.isQuiet, help);
+    return AddFlag(verb, "--quiet", options.isQuiet, help);
 }
 
 } // namespace krmodel

@@ -17,7 +17,7 @@ void AddJobs(CLI::App& verb, BatchOptions& options);
 
 /// Adds --quiet.
 /// @param help  what it does
-CLI::Option* AddQuiet(CLI::App& verb, BatchOptions& options,
-                      const char* help = "show no progress, which a terminal sees of what takes its time");
+Option AddQuiet(CLI::App& verb, BatchOptions& options,
+                const char* help = "show no progress, which a terminal sees of what takes its time");
 
 } // namespace krmodel

@@ -31,9 +31,9 @@ QByteArray Check(const QString& fileName, LoadedModel& loaded, Form form)
 
 void AddCheck(CLI::App& app, Command& command)
 {
-    CLI::App* verb = AddReport(app, "check", "Tell whether models can be printed, and if not, why and where",
+    CLI::App& verb = AddReport(app, "check", "Tell whether models can be printed, and if not, why and where",
                                Form::Lines, Check, command);
-    verb->footer(DescribeVerdicts().toStdString() + "\n\n" + verb->get_footer());
+    AddToHelp(verb, DescribeVerdicts());
 }
 
 } // namespace krmodel

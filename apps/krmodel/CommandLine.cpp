@@ -1,7 +1,8 @@
 #include "apps/krmodel/CommandLine.h"
 
 #include <cmath>
-#include <vector>
+
+#include <CLI/CLI.hpp>
 
 namespace krmodel {
 
@@ -57,37 +58,113 @@ std::string CheckNumber(const NumberOption& option, const std::string& text)
 
 } // namespace
 
-CLI::App* AddVerb(CLI::App& app, const char* name, const char* help, Command& command, const Command& work)
+Option Option::Required() const
+{
+    m_option->required();
+    return *this;
+}
+
+Option Option::Default(const std::string& text) const
+{
+    m_option->default_str(text);
+    return *this;
+}
+
+Option Option::Value(const char* name) const
+{
+    m_option->type_name(name);
+    return *this;
+}
+
+Option Option::Check(const std::function<std::string(const std::string&)>& check) const
+{
+    m_option->check(check);
+    return *this;
+}
+
+Option Option::OneOf(const std::vector<std::string>& texts) const
+{
+    m_option->check(CLI::IsMember(texts));
+    return *this;
+}
+
+Option Option::Needs(const Option& other) const
+{
+    m_option->needs(other.m_option);
+    return *this;
+}
+
+Option Option::Excludes(const Option& other) const
+{
+    m_option->excludes(other.m_option);
+    return *this;
+}
+
+CLI::App& AddVerb(CLI::App& app, const char* name, const char* help, Command& command, const Command& work)
+{
+    return AddVerb(app, name, help, [&command, work] { command = work; });
+}
+
+CLI::App& AddVerb(CLI::App& app, const char* name, const char* help, const std::function<void()>& choose)
 {
     CLI::App* verb = app.add_subcommand(name, help);
     verb->footer(std::string(kFileNames) + "\n\n" + kExitCodes);
-    verb->callback([&command, work] { command = work; });
-    return verb;
+    verb->callback(choose);
+    return *verb;
 }
 
-CLI::Option* AddText(CLI::App& verb, const char* name, QString& text, const char* help)
+CLI::App& AddGroup(CLI::App& app, const char* name, const char* help, const std::string& footer)
 {
-    const auto take = [&text](const std::string& utf8) { text = QString::fromStdString(utf8); };
-    return verb.add_option_function<std::string>(name, take, help);
+    CLI::App* group = app.add_subcommand(name, help);
+    group->require_subcommand(1);
+    group->footer(footer);
+    return *group;
 }
 
-CLI::Option* AddFileNames(CLI::App& verb, QStringList& names, const char* help)
+void AddToHelp(CLI::App& verb, const QString& text)
+{
+    verb.footer(text.toStdString() + "\n\n" + verb.get_footer());
+}
+
+Option AddFlag(CLI::App& verb, const char* name, bool& isSet, const char* help)
+{
+    return Option(*verb.add_flag(name, isSet, help));
+}
+
+Option AddFlag(CLI::App& verb, const char* name, const std::function<void()>& take, const char* help)
+{
+    return Option(*verb.add_flag_callback(name, take, help));
+}
+
+Option AddText(CLI::App& verb, const char* name, QString& text, const char* help)
+{
+    return AddText(
+        verb, name, [&text](const std::string& utf8) { text = QString::fromStdString(utf8); }, help);
+}
+
+Option AddText(CLI::App& verb, const char* name, const std::function<void(const std::string&)>& take,
+               const std::string& help)
+{
+    return Option(*verb.add_option_function<std::string>(name, take, help));
+}
+
+Option AddFileNames(CLI::App& verb, QStringList& names, const char* help)
 {
     const auto take = [&names](const std::vector<std::string>& texts) {
         for (const std::string& utf8 : texts)
             names << QString::fromStdString(utf8);
     };
-    return verb.add_option_function<std::vector<std::string>>("FILE", take, help)->required();
+    return Option(*verb.add_option_function<std::vector<std::string>>("FILE", take, help)->required());
 }
 
 void AddEncoding(CLI::App& verb, std::optional<Encoding>& encoding)
 {
-    CLI::Option* text = verb.add_flag_callback(
-        "--ascii", [&encoding] { encoding = Encoding::Text; }, "write the text variant");
-    verb.add_flag_callback(
-            "--binary", [&encoding] { encoding = Encoding::Binary; },
-            "write the binary variant (default where there is one)")
-        ->excludes(text);
+    const Option text = AddFlag(
+        verb, "--ascii", [&encoding] { encoding = Encoding::Text; }, "write the text variant");
+    AddFlag(
+        verb, "--binary", [&encoding] { encoding = Encoding::Binary; },
+        "write the binary variant (default where there is one)")
+        .Excludes(text);
 }
 
 void AddReading(CLI::App& verb, ReadOptions& options)
@@ -102,23 +179,22 @@ void AddReading(CLI::App& verb, ReadOptions& options)
               {"--angle", "DEGREES", 0.1, 180,
                "STEP and IGES: the largest angle between facets along a curve; smaller is smoother"},
               options.angle);
-    verb.add_flag_callback(
-        "--no-prefix", [&options] { options.prefixesFileName = false; },
+    AddFlag(
+        verb, "--no-prefix", [&options] { options.prefixesFileName = false; },
         "STEP and IGES: name objects without the file's name in front");
 }
 
-CLI::Option* AddPictureSize(CLI::App& verb, std::optional<QSize>& size, const char* help)
+Option AddPictureSize(CLI::App& verb, std::optional<QSize>& size, const char* help)
 {
     const auto take = [&size](const std::string& text) { size = ParseSize(text); };
-    return verb.add_option_function<std::string>("--size", take, help)
-        ->default_str(std::to_string(kUsualPictureSize.width()) + "x" +
-                      std::to_string(kUsualPictureSize.height()))
-        ->type_name("WxH")
-        ->check(CheckSize);
+    return AddText(verb, "--size", take, help)
+        .Default(std::to_string(kUsualPictureSize.width()) + "x" + std::to_string(kUsualPictureSize.height()))
+        .Value("WxH")
+        .Check(CheckSize);
 }
 
-CLI::Option* AddNumbers(CLI::App& verb, const NumberOption& option, int count,
-                        const std::function<void(const std::vector<double>&)>& take)
+Option AddNumbers(CLI::App& verb, const NumberOption& option, int count,
+                  const std::function<void(const std::vector<double>&)>& take)
 {
     const auto takeTexts = [take](const std::vector<std::string>& texts) {
         std::vector<double> numbers;
@@ -126,11 +202,12 @@ CLI::Option* AddNumbers(CLI::App& verb, const NumberOption& option, int count,
             numbers.push_back(QString::fromStdString(text).toDouble());
         take(numbers);
     };
-    return verb.add_option_function<std::vector<std::string>>(option.name, takeTexts, option.help)
-        ->expected(count)
-        ->allow_extra_args(false) // they are file names
-        ->type_name(option.unit)
-        ->check([option](const std::string& text) { return CheckNumber(option, text); });
+    CLI::Option* added =
+        verb.add_option_function<std::vector<std::string>>(option.name, takeTexts, option.help);
+    added->expected(count)->allow_extra_args(false); // they are file names
+    return Option(*added).Value(option.unit).Check([option](const std::string& text) {
+        return CheckNumber(option, text);
+    });
 }
 
 const char* DescribeExitCodes()

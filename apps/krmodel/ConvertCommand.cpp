@@ -249,14 +249,14 @@ void AddFiles(CLI::App& verb, Options& options)
     AddText(verb, "--to", options.to,
             "write each input in this format, to a file of its name with this suffix; or the format of \"-\" "
             "as the second of two names")
-        ->type_name("SUFFIX")
-        ->check(CheckSuffix);
+        .Value("SUFFIX")
+        .Check(CheckSuffix);
     AddText(verb, "--directory", options.directory,
             "where the files of --to go; without it each lies beside its input")
-        ->type_name("DIRECTORY");
+        .Value("DIRECTORY");
     AddText(verb, "--from", options.from, "the format of standard input, which has no suffix")
-        ->type_name("SUFFIX")
-        ->check(CheckSuffix);
+        .Value("SUFFIX")
+        .Check(CheckSuffix);
 }
 
 void AddArrangement(CLI::App& verb, Options& options)
@@ -266,22 +266,22 @@ void AddArrangement(CLI::App& verb, Options& options)
         "the unit of a file whose format has none: of the input's numbers, which become millimetres or a "
         "3MF file in this unit; for a 3MF input the unit to write. Without it numbers are millimetres, and "
         "3MF keeps its unit")
-        ->type_name("UNIT")
-        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kUnits), std::end(kUnits))));
-    CLI::Option* apply = verb.add_flag_callback(
-        "--apply-transform", [&options] { options.appliesPlacements = true; },
+        .Value("UNIT")
+        .OneOf({std::begin(kUnits), std::end(kUnits)});
+    const Option apply = AddFlag(
+        verb, "--apply-transform", [&options] { options.appliesPlacements = true; },
         "carry objects to their places in their coordinates (default for STL, OBJ and --merge)");
-    verb.add_flag_callback(
-            "--no-apply-transform", [&options] { options.appliesPlacements = false; },
-            "leave coordinates as they are; 3MF keeps the placements (its default), STL and OBJ lose them")
-        ->excludes(apply);
-    CLI::Option* merge = verb.add_flag_callback(
-        "--merge", [&options] { options.joining = Joining::Merge; },
+    AddFlag(
+        verb, "--no-apply-transform", [&options] { options.appliesPlacements = false; },
+        "leave coordinates as they are; 3MF keeps the placements (its default), STL and OBJ lose them")
+        .Excludes(apply);
+    const Option merge = AddFlag(
+        verb, "--merge", [&options] { options.joining = Joining::Merge; },
         "make one object of all; without it 3MF keeps them apart");
-    verb.add_flag_callback(
-            "--split", [&options] { options.joining = Joining::Split; },
-            "write a file for each object: part-1.stl, part-2.stl, ... for part.stl")
-        ->excludes(merge);
+    AddFlag(
+        verb, "--split", [&options] { options.joining = Joining::Split; },
+        "write a file for each object: part-1.stl, part-2.stl, ... for part.stl")
+        .Excludes(merge);
 }
 
 } // namespace
@@ -289,22 +289,22 @@ void AddArrangement(CLI::App& verb, Options& options)
 void AddConvert(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = AddVerb(
+    CLI::App& verb = AddVerb(
         app, "convert", "Write models in the format of the output's suffix, or of --to, replacing the output",
         command, [options] { return RunConvert(*options); });
-    AddFiles(*verb, *options);
-    AddEncoding(*verb, options->encoding);
-    AddReading(*verb, options->reading);
-    AddArrangement(*verb, *options);
-    verb->add_flag("--normals", options->hasNormals,
-                   "write a normal for each facet; STL always has them, OBJ only so, 3MF never");
-    CLI::Option* quiet =
-        AddQuiet(*verb, options->batch,
+    AddFiles(verb, *options);
+    AddEncoding(verb, options->encoding);
+    AddReading(verb, options->reading);
+    AddArrangement(verb, *options);
+    AddFlag(verb, "--normals", options->hasNormals,
+            "write a normal for each facet; STL always has them, OBJ only so, 3MF never");
+    const Option quiet =
+        AddQuiet(verb, options->batch,
                  "show no progress, and do not tell what is not carried from the input to the output");
-    verb->add_flag("--verbose", options->isVerbose, "tell of each file that was written")->excludes(quiet);
-    AddJson(*verb, options->batch);
-    AddJobs(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddFlag(verb, "--verbose", options->isVerbose, "tell of each file that was written").Excludes(quiet);
+    AddJson(verb, options->batch);
+    AddJobs(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace krmodel

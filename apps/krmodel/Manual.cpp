@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <QStringList>
 
 #include "apps/krmodel/CommandLine.h"

@@ -1,7 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <QString>
+
+namespace CLI {
+class App;
+}
 
 /// The manual page and what shells need to complete a command line, made from the same table as --help.
 namespace krmodel {

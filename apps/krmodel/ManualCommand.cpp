@@ -52,10 +52,12 @@ void AddManual(CLI::App& app, Command& command)
 {
     const auto kind = std::make_shared<QString>();
     // Made while the command line is still there to be described.
-    CLI::App* verb = AddVerb(app, "manual", "Print the manual page, or what a shell needs for completion",
-                             command, nullptr);
-    verb->callback([&app, &command, kind] { command = [text = Make(app, *kind)] { return Print(text); }; });
-    AddText(*verb, "KIND", *kind, "man, bash, zsh or fish")->required()->check(CLI::IsMember(KindNames()));
+    const auto choose = [&app, &command, kind] {
+        command = [text = Make(app, *kind)] { return Print(text); };
+    };
+    CLI::App& verb =
+        AddVerb(app, "manual", "Print the manual page, or what a shell needs for completion", choose);
+    AddText(verb, "KIND", *kind, "man, bash, zsh or fish").Required().OneOf(KindNames());
 }
 
 } // namespace krmodel

@@ -63,16 +63,16 @@ ExitCode RunPaths(const Options& options)
 void AddPaths(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb =
+    CLI::App& verb =
         AddVerb(app, "paths", "Print what a path file holds: sets, contours, points, bounds; or draw it",
                 command, [options] { return RunPaths(*options); });
-    AddText(*verb, "FILE", options->input, "path file to read")->required();
-    CLI::Option* picture = AddText(*verb, "--picture", options->picture,
+    AddText(verb, "FILE", options->input, "path file to read").Required();
+    const Option picture = AddText(verb, "--picture", options->picture,
                                    "draw the contours into this file instead, PNG; closed ones are filled")
-                               ->type_name("OUT.png");
-    AddPictureSize(*verb, options->size, "width and height of the picture in pixels")->needs(picture);
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+                               .Value("OUT.png");
+    AddPictureSize(verb, options->size, "width and height of the picture in pixels").Needs(picture);
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace krmodel

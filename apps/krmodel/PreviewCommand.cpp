@@ -106,7 +106,7 @@ ExitCode RunPreview(const Options& options)
     return RunTasks(tasks, options.batch);
 }
 
-CLI::Option* AddPictures(CLI::App& verb, Options& options)
+Option AddPictures(CLI::App& verb, Options& options)
 {
     AddFileNames(
         verb, options.files,
@@ -114,7 +114,7 @@ CLI::Option* AddPictures(CLI::App& verb, Options& options)
         "of model files to read");
     return AddText(verb, "--directory", options.directory,
                    "draw each model into a PNG file of its name, here")
-        ->type_name("DIRECTORY");
+        .Value("DIRECTORY");
 }
 
 } // namespace
@@ -123,25 +123,25 @@ void AddPreview(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
     options->batch.form = Form::Lines;
-    CLI::App* verb = AddVerb(app, "preview", "Draw shaded pictures of models; needs no display", command,
+    CLI::App& verb = AddVerb(app, "preview", "Draw shaded pictures of models; needs no display", command,
                              [options] { return RunPreview(*options); });
-    CLI::Option* directory = AddPictures(*verb, *options);
+    const Option directory = AddPictures(verb, *options);
     AddPictureSize(
-        *verb, options->size,
+        verb, options->size,
         "width and height of the picture in pixels; with --thumbnail the largest that it may have");
-    CLI::Option* view = AddView(*verb, options->view);
-    CLI::Option* background = AddBackground(*verb, options->background);
-    verb->add_flag("--thumbnail", options->wantsThumbnail,
-                   "write the picture that the model file keeps instead")
-        ->excludes(view)
-        ->excludes(background);
-    verb->add_flag("--any-name", options->takesAnyName,
-                   "write the picture, a PNG, under any name, as file managers give it")
-        ->excludes(directory);
-    AddReading(*verb, options->reading);
-    AddQuiet(*verb, options->batch, "show no progress, and no line for each picture");
-    AddJobs(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    const Option view = AddView(verb, options->view);
+    const Option background = AddBackground(verb, options->background);
+    AddFlag(verb, "--thumbnail", options->wantsThumbnail,
+            "write the picture that the model file keeps instead")
+        .Excludes(view)
+        .Excludes(background);
+    AddFlag(verb, "--any-name", options->takesAnyName,
+            "write the picture, a PNG, under any name, as file managers give it")
+        .Excludes(directory);
+    AddReading(verb, options->reading);
+    AddQuiet(verb, options->batch, "show no progress, and no line for each picture");
+    AddJobs(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace krmodel

@@ -73,31 +73,28 @@ std::string CheckBackground(const std::string& text)
 
 } // namespace
 
-CLI::Option* AddView(CLI::App& verb, View& view)
+Option AddView(CLI::App& verb, View& view)
 {
     const auto take = [&view](const std::string& text) { view = ParseView(text).value_or(view); };
-    return verb
-        .add_option_function<std::string>(
-            "--view", take,
-            "where to look from: " + AllViewNames() +
-                "; or AZIMUTH,ELEVATION, degrees to the right of the front and above the ground")
-        ->default_str(view.name)
-        ->type_name("VIEW")
-        ->check(CheckView);
+    return AddText(verb, "--view", take,
+                   "where to look from: " + AllViewNames() +
+                       "; or AZIMUTH,ELEVATION, degrees to the right of the front and above the ground")
+        .Default(view.name)
+        .Value("VIEW")
+        .Check(CheckView);
 }
 
-CLI::Option* AddBackground(CLI::App& verb, Background& background)
+Option AddBackground(CLI::App& verb, Background& background)
 {
     const auto take = [&background](const std::string& text) {
         background = ParseBackground(text).value_or(background);
     };
-    return verb
-        .add_option_function<std::string>("--background", take,
-                                          "what is behind the model: a colour, as white or #f0f0f0; "
-                                          "transparent; or gradient, grey that becomes darker downwards")
-        ->default_str(kUsualBackground)
-        ->type_name("COLOUR")
-        ->check(CheckBackground);
+    return AddText(verb, "--background", take,
+                   "what is behind the model: a colour, as white or #f0f0f0; "
+                   "transparent; or gradient, grey that becomes darker downwards")
+        .Default(kUsualBackground)
+        .Value("COLOUR")
+        .Check(CheckBackground);
 }
 
 } // namespace krmodel

@@ -8,9 +8,9 @@
 namespace krmodel {
 
 /// Adds --view: a name, or two angles.
-CLI::Option* AddView(CLI::App& verb, View& view);
+Option AddView(CLI::App& verb, View& view);
 
 /// Adds --background: a colour, or none.
-CLI::Option* AddBackground(CLI::App& verb, Background& background);
+Option AddBackground(CLI::App& verb, Background& background);
 
 } // namespace krmodel

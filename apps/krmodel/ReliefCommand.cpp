@@ -164,18 +164,18 @@ void AddSizes(CLI::App& verb, Options& options)
 void AddRelief(CLI::App& app, Command& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App* verb = AddVerb(app, "relief",
+    CLI::App& verb = AddVerb(app, "relief",
                              "Make a printable solid from a picture: bright is high, the bottom is flat, a "
                              "corner lies at the origin",
                              command, [options] { return RunRelief(*options); });
-    AddText(*verb, "PICTURE", options->picture, "picture to read: JPEG, PNG, BMP, TGA, TIFF")->required();
-    AddText(*verb, "OUT", options->output, "model file to write, in the format of its suffix")->required();
-    AddSizes(*verb, *options);
-    verb->add_flag("--dark-is-high", options->isDarkHigh,
-                   "let black be high instead, as for a picture that light shines through");
-    AddEncoding(*verb, options->encoding);
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddText(verb, "PICTURE", options->picture, "picture to read: JPEG, PNG, BMP, TGA, TIFF").Required();
+    AddText(verb, "OUT", options->output, "model file to write, in the format of its suffix").Required();
+    AddSizes(verb, *options);
+    AddFlag(verb, "--dark-is-high", options->isDarkHigh,
+            "let black be high instead, as for a picture that light shines through");
+    AddEncoding(verb, options->encoding);
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace krmodel

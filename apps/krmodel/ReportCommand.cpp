@@ -31,18 +31,18 @@ ExitCode Run(const Options& options, Report report)
 
 } // namespace
 
-CLI::App* AddReport(CLI::App& app, const char* name, const char* help, Form usualForm, Report report,
+CLI::App& AddReport(CLI::App& app, const char* name, const char* help, Form usualForm, Report report,
                     Command& command)
 {
     const auto options = std::make_shared<Options>();
     options->batch.form = usualForm;
-    CLI::App* verb = AddVerb(app, name, help, command, [options, report] { return Run(*options, report); });
-    AddFileNames(*verb, options->inputs, "model files to read");
-    AddReading(*verb, options->reading);
-    AddJson(*verb, options->batch);
-    AddJobs(*verb, options->batch);
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    CLI::App& verb = AddVerb(app, name, help, command, [options, report] { return Run(*options, report); });
+    AddFileNames(verb, options->inputs, "model files to read");
+    AddReading(verb, options->reading);
+    AddJson(verb, options->batch);
+    AddJobs(verb, options->batch);
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
     return verb;
 }
 

@@ -10,7 +10,7 @@ using Report = QByteArray (*)(const QString& fileName, LoadedModel& loaded, Form
 
 /// Adds a command that prints a report of each model file that it is given.
 /// @param usualForm  the form without --json
-CLI::App* AddReport(CLI::App& app, const char* name, const char* help, Form usualForm, Report report,
+CLI::App& AddReport(CLI::App& app, const char* name, const char* help, Form usualForm, Report report,
                     Command& command);
 
 } // namespace krmodel

@@ -117,35 +117,34 @@ ExitCode RunExtract(const ExtractOptions& options)
 void AddShow(CLI::App& texture, Command& command)
 {
     const auto options = std::make_shared<ShowOptions>();
-    CLI::App* verb =
+    CLI::App& verb =
         AddVerb(texture, "show", "Print what a texture file holds: name, picture, how it is laid", command,
                 [options] { return RunShow(*options); });
-    AddText(*verb, "FILE", options->input, "texture file to read")->required();
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddText(verb, "FILE", options->input, "texture file to read").Required();
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 void AddExtract(CLI::App& texture, Command& command)
 {
     const auto options = std::make_shared<ExtractOptions>();
-    CLI::App* verb = AddVerb(texture, "extract", "Write the picture that a texture file holds", command,
+    CLI::App& verb = AddVerb(texture, "extract", "Write the picture that a texture file holds", command,
                              [options] { return RunExtract(*options); });
-    AddText(*verb, "FILE", options->input, "texture file to read")->required();
-    AddText(*verb, "OUT.png", options->output, "picture to write, PNG")->required();
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddText(verb, "FILE", options->input, "texture file to read").Required();
+    AddText(verb, "OUT.png", options->output, "picture to write, PNG").Required();
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace
 
 void AddTexture(CLI::App& app, Command& command)
 {
-    CLI::App* texture = app.add_subcommand("texture", "Make, show and take apart texture files");
-    texture->require_subcommand(1);
-    texture->footer("Each explains itself: krmodel texture make --help");
-    AddTextureMake(*texture, command);
-    AddShow(*texture, command);
-    AddExtract(*texture, command);
+    CLI::App& texture = AddGroup(app, "texture", "Make, show and take apart texture files",
+                                 "Each explains itself: krmodel texture make --help");
+    AddTextureMake(texture, command);
+    AddShow(texture, command);
+    AddExtract(texture, command);
 }
 
 } // namespace krmodel

@@ -154,18 +154,17 @@ Vector4D<float> ColourOf(const std::string& text)
 void AddIdentity(CLI::App& verb, MakeOptions& options)
 {
     AddText(verb, "--name", options.name, "name of the texture; without it that of the picture's file")
-        ->type_name("NAME")
-        ->check(CheckName);
+        .Value("NAME")
+        .Check(CheckName);
     const auto take = [&options](const std::string& text) {
         options.nameSpace = QUuid(QString::fromStdString(text));
     };
-    verb.add_option_function<std::string>(
-            "--namespace", take,
+    AddText(verb, "--namespace", take,
             "where the identifier is made from the name: equal names have equal "
             "identifiers in one namespace, and others in another")
-        ->default_str(kOwnNameSpace)
-        ->type_name("UUID")
-        ->check(CheckNameSpace);
+        .Default(kOwnNameSpace)
+        .Value("UUID")
+        .Check(CheckNameSpace);
     AddNumber(verb,
               {"--longest-side", "PIXELS", 0, 32768,
                "scale a larger picture down to so many pixels on its longer side; 0 keeps all pixels",
@@ -178,23 +177,22 @@ void AddBeyond(CLI::App& verb, MeshMaterialParameters& parameters)
     const auto takeWrap = [&parameters](const std::string& name) {
         parameters.wrapS = parameters.wrapT = FindWrap(name)->mode;
     };
-    verb.add_option_function<std::string>("--wrap", takeWrap,
-                                          "what shows beyond the picture's edges, the picture again, every "
-                                          "other one mirrored, its edge or the border colour: " +
-                                              AllWrapNames())
-        ->default_str(kWraps[0].name)
-        ->type_name("MODE")
-        ->check(CheckWrap);
+    AddText(verb, "--wrap", takeWrap,
+            "what shows beyond the picture's edges, the picture again, every "
+            "other one mirrored, its edge or the border colour: " +
+                AllWrapNames())
+        .Default(kWraps[0].name)
+        .Value("MODE")
+        .Check(CheckWrap);
     const auto takeBorder = [&parameters](const std::string& text) {
         parameters.borderColor = ColourOf(text);
     };
-    verb.add_option_function<std::string>(
-            "--border", takeBorder,
+    AddText(verb, "--border", takeBorder,
             "border colour: #rrggbb, #aarrggbb or a name such as white; what is "
             "transparent shows the surface itself")
-        ->default_str(ColourText(parameters.borderColor).toStdString())
-        ->type_name("COLOUR")
-        ->check(CheckColour);
+        .Default(ColourText(parameters.borderColor).toStdString())
+        .Value("COLOUR")
+        .Check(CheckColour);
 }
 
 void AddMapping(CLI::App& verb, MeshMaterialMatrix& matrix)
@@ -211,14 +209,14 @@ void AddMapping(CLI::App& verb, MeshMaterialMatrix& matrix)
                 "move the texture coordinates to the right and up, in pictures, kept to 4 decimals: 0.5 0 is "
                 "half a picture along u"},
                2, pairOf(matrix.translation))
-        ->default_str(PairText(matrix.translation).toStdString());
+        .Default(PairText(matrix.translation).toStdString());
     AddNumbers(
         verb,
         {"--repeat", "U V", -kMost, kMost,
          "pictures in one unit of the coordinates, kept to 2 decimals; larger makes the picture smaller, "
          "below 0 mirrors it"},
         2, pairOf(matrix.repeat))
-        ->default_str(PairText(matrix.repeat).toStdString());
+        .Default(PairText(matrix.repeat).toStdString());
     AddNumber(
         verb,
         {"--rotation", "DEGREES", -kMost, kMost,
@@ -231,15 +229,15 @@ void AddMapping(CLI::App& verb, MeshMaterialMatrix& matrix)
 void AddTextureMake(CLI::App& texture, Command& command)
 {
     const auto options = std::make_shared<MakeOptions>();
-    CLI::App* verb = AddVerb(texture, "make", "Make a texture file from a picture, replacing the output",
+    CLI::App& verb = AddVerb(texture, "make", "Make a texture file from a picture, replacing the output",
                              command, [options] { return RunMake(*options); });
-    AddText(*verb, "PICTURE", options->picture, "picture to read: JPEG, PNG, BMP, TGA, TIFF")->required();
-    AddText(*verb, "OUT.texture", options->output, "texture file to write")->required();
-    AddIdentity(*verb, *options);
-    AddBeyond(*verb, options->parameters);
-    AddMapping(*verb, options->parameters.matrix);
-    AddQuiet(*verb, options->batch);
-    AddLimits(*verb, options->batch);
+    AddText(verb, "PICTURE", options->picture, "picture to read: JPEG, PNG, BMP, TGA, TIFF").Required();
+    AddText(verb, "OUT.texture", options->output, "texture file to write").Required();
+    AddIdentity(verb, *options);
+    AddBeyond(verb, options->parameters);
+    AddMapping(verb, options->parameters.matrix);
+    AddQuiet(verb, options->batch);
+    AddLimits(verb, options->batch);
 }
 
 } // namespace krmodel
