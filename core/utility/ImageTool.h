@@ -34,9 +34,11 @@ public:
     ///
     /// Of a file that is cut short some formats give what is there; what lacks is grey in JPEG, otherwise
     /// black or the first colour of the palette, never what the memory held before. A bitmap in an icon whose
-    /// palette claims 2^31 colours or more, of which Qt would set a part, is damaged. Left to chance
-    /// is the colour of fully transparent pixels of a damaged GIF.
-    /// @param device  random-access, at the begin of the file; opened if it is not yet. It is left anywhere
+    /// palette claims 2^31 colours or more, of which Qt would set a part, is damaged. Left to chance is the
+    /// colour of fully transparent pixels of a damaged GIF.
+    /// @param device  random-access, at the begin of the file; opened if it is not yet. It is left anywhere.
+    ///     One that may be written to is refused: Qt's plug-ins seek to where a file sends them, and a
+    ///     QBuffer becomes as large then, gigabytes
     /// @param image   replaced by the picture, its pixels in the format that the plug-in gives; null on
     ///     failure and, with success, when the plug-in gives a picture without pixels
     /// @param choose  may throw; that passes through, @p image null

@@ -32,7 +32,7 @@ QSize ClampedSize(qint64 width, qint64 height)
 // Fewer than asked for where the device ends.
 QByteArray BytesAt(QIODevice& device, qint64 place, int count)
 {
-    return device.seek(place) ? device.read(count) : QByteArray();
+    return place <= device.size() && device.seek(place) ? device.read(count) : QByteArray();
 }
 
 // PNG file: signature of 8 bytes, length and name of the first chunk, then
@@ -50,7 +50,8 @@ QSize SizeOfPng(const QByteArray& header)
 // Bitmap: a header that has
 //   bits     uint16, little-endian   for each pixel
 //   colours  uint32, little-endian   in its palette
-// A number of colours that Qt takes for a negative one makes it set a part of the pixels only.
+// A number of colours that Qt takes for a negative one makes it set a part of the pixels only. Where a PNG
+// file has its first chunk's name no number of bits lies.
 bool HasPalettePastCounting(const QByteArray& header)
 {
     constexpr int kBitsAt = 14, kColorsAt = 32, kEnd = 36;
@@ -99,7 +100,8 @@ QImage ImageToSet(const QByteArray& format, const QSize& size, QImage::Format pi
 bool ImageTool::ReadPicture(QIODevice& device, QImage& image, const SizeChoice& choose)
 {
     image = QImage();
-    if (device.isSequential() || !(device.isOpen() || device.open(QIODevice::ReadOnly)))
+    if (device.isSequential() || device.isWritable() ||
+        !(device.isOpen() || device.open(QIODevice::ReadOnly)))
         return false;
     QImageReader reader(&device);
     const QByteArray format = reader.format(); // before the size, which makes icons forget it
@@ -107,7 +109,7 @@ bool ImageTool::ReadPicture(QIODevice& device, QImage& image, const SizeChoice& 
     const QSize sizeInIcon = SizeOfPng(inIcon);
     const QSize announced = sizeInIcon.isValid() ? sizeInIcon : AnnouncedSize(reader);
     const std::optional<QSize> chosen = choose(announced);
-    if (!chosen || (!sizeInIcon.isValid() && HasPalettePastCounting(inIcon)))
+    if (!chosen || HasPalettePastCounting(inIcon))
         return false;
     if (*chosen != announced)
         reader.setScaledSize(*chosen);

@@ -203,6 +203,19 @@ TEST(ReadPicture, AnIconIsJudgedByItsPngFileEvenBeyondAnInt)
               Sizes({QSize(60000, INT_MAX)}));
 }
 
+TEST(ReadPicture, ADeviceThatMayBeWrittenToIsRefusedAndLeftAsItIs)
+{
+    QByteArray icon = IconOfBitmap(test::FourColors());
+    EXPECT_TRUE(Read(icon).isRead);
+    icon[21] = 4; // the highest byte of where the bitmap is: 64 MiB on
+    ExpectNone(Read(icon));
+    QBuffer buffer;
+    buffer.setData(icon);
+    ASSERT_TRUE(buffer.open(QIODevice::ReadWrite));
+    ExpectNone(Read(buffer));
+    EXPECT_EQ(buffer.data(), icon);
+}
+
 TEST(ReadPicture, AnIconCutShortIsNone)
 {
     const QByteArray icon = test::IconOf({test::Encoded(test::RandomPicture(5, 5), "PNG")});
