@@ -2,14 +2,9 @@
 
 #include <clocale>
 
-#include <QProcess>
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
-#include "tests/common/EnvironmentVariable.h"
+#include "tests/common/MadeLocales.h"
 
 namespace test {
 
@@ -18,11 +13,6 @@ class GermanLocale {
 public:
     GermanLocale()
     {
-        // A locale of our own making, since a machine need not have any but C.
-        const QString target = m_directory.filePath(QStringLiteral("de_DE.UTF-8"));
-        QProcess::execute(QStringLiteral("localedef"),
-                          {QStringLiteral("-i"), QStringLiteral("de_DE"), QStringLiteral("-f"),
-                           QStringLiteral("UTF-8"), target});
         EXPECT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
         EXPECT_STREQ(std::localeconv()->decimal_point, ",");
     }
@@ -31,8 +21,7 @@ public:
     GermanLocale& operator=(const GermanLocale&) = delete;
 
 private:
-    QTemporaryDir m_directory;
-    EnvironmentVariable m_locales{"LOCPATH", m_directory.path().toUtf8()};
+    MadeLocales m_locales{{"de_DE.UTF-8"}};
 };
 
 } // namespace test

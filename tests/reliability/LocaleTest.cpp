@@ -2,17 +2,16 @@
 
 #include <atomic>
 #include <clocale>
+#include <iterator>
 #include <locale>
 #include <map>
 #include <thread>
 
 #include <QLocale>
-#include <QProcess>
 #include <QStringList>
-#include <QTemporaryDir>
 
 #include "tests/common/Directory.h"
-#include "tests/common/EnvironmentVariable.h"
+#include "tests/common/MadeLocales.h"
 #include "tests/reliability/Formats.h"
 #include "tests/reliability/StoppedClock.h"
 
@@ -25,21 +24,10 @@ using namespace test;
 
 constexpr const char* kNames[] = {"de_DE.UTF-8", "tr_TR.UTF-8", "fa_IR.UTF-8"};
 
-/// Locales of our own making, since a machine need not have any but C. Back to C in the end.
+/// Back to C in the end.
 class Locales {
 public:
-    Locales()
-    {
-        for (const char* const name : kNames) {
-            QString source = QString::fromLatin1(name);
-            const QString target = m_directory.filePath(source);
-            source.truncate(5);
-            // Warns of what the sources lack and ends with 1 even if all is well.
-            QProcess::execute(QStringLiteral("localedef"),
-                              {QStringLiteral("--quiet"), QStringLiteral("-i"), source, QStringLiteral("-f"),
-                               QStringLiteral("UTF-8"), target});
-        }
-    }
+    Locales() = default;
     ~Locales() { Set("C"); }
     Locales(const Locales&) = delete;
     Locales& operator=(const Locales&) = delete;
@@ -53,8 +41,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_directory;
-    test::EnvironmentVariable m_locales{"LOCPATH", m_directory.path().toUtf8()};
+    MadeLocales m_locales{{std::begin(kNames), std::end(kNames)}};
 };
 
 const Locales& OurLocales()
