@@ -52,7 +52,8 @@ CLI::App& AddVerb(CLI::App& app, const char* name, const char* help, Command& co
 /// Adds a command; @p choose is called when it is the one asked for, while the command line is still there.
 CLI::App& AddVerb(CLI::App& app, const char* name, const char* help, const std::function<void()>& choose);
 
-/// Adds a command that is one of several, which are added to it.
+/// Adds a command that is to be followed by one of its own, which are added to it.
+/// @param footer  what its help ends with
 CLI::App& AddGroup(CLI::App& app, const char* name, const char* help, const std::string& footer);
 
 /// Adds a text to the help of a command, before what every command says at its end.

@@ -51,7 +51,6 @@ void AddFormats(CLI::App& app, Command& command)
 void AddManual(CLI::App& app, Command& command)
 {
     const auto kind = std::make_shared<QString>();
-    // Made while the command line is still there to be described.
     const auto choose = [&app, &command, kind] {
         command = [text = Make(app, *kind)] { return Print(text); };
     };
