@@ -77,7 +77,6 @@ TEST(PackageWriter, WritesThreePartsInOrder)
     EXPECT_THAT(JlCompress::getFileList(package.Save()),
                 ElementsAre(QStringLiteral("[Content_Types].xml"), QStringLiteral("3D/3dmodel.model"),
                             QStringLiteral("_rels/.rels")));
-    EXPECT_THAT(package.Relationships(), Not(HasSubstr("rel1")));
 }
 
 TEST(PackageWriter, WritesThumbnailAsSecondPart)
@@ -117,6 +116,16 @@ TEST(PackageWriter, WritesRelationships)
               " Type=\"http://schemas.microsoft.com/3dmanufacturing/2013/01/3dmodel\"/>\n"
               "    <Relationship Target=\"/Metadata/thumbnail.png\" Id=\"rel1\""
               " Type=\"http://schemas.openxmlformats.org/package/2006/relationships/metadata/thumbnail\"/>\n"
+              "</Relationships>\n");
+}
+
+TEST(PackageWriter, WritesTheRelationshipOfTheModelAloneWithoutThumbnail)
+{
+    EXPECT_EQ(SavedPackage().Relationships(),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">\n"
+              "    <Relationship Target=\"/3D/3dmodel.model\" Id=\"rel0\""
+              " Type=\"http://schemas.microsoft.com/3dmanufacturing/2013/01/3dmodel\"/>\n"
               "</Relationships>\n");
 }
 
