@@ -77,12 +77,12 @@ bool IsClosedAndConsistent(const Faces& faces)
     });
 }
 
-// Two facets with an edge of 30 in common but for the gap. The third has the smallest edge, whose extent E is
-// 0.0001; the box's diagonal D makes D / 10000 about 0.0108.
-SoupCorners PairWithGapBesideATinyEdge(float gap)
+// Two facets with an edge of 30 in common but for its height in each. The third has the smallest edge, whose
+// extent E is 0.0001; the box's diagonal D makes D / 10000 about 0.0108.
+SoupCorners PairWithGapBesideATinyEdge(float first, float second)
 {
-    return {{0, 0, 0},    {30, 0, 0},   {10, 30, 0},        {30, 0, gap}, {0, 0, gap},
-            {10, -30, 0}, {50, 50, 50}, {50.0001f, 50, 50}, {50, 51, 50}};
+    return {{0, 0, first}, {30, 0, first}, {10, 30, 0},        {30, 0, second}, {0, 0, second},
+            {10, -30, 0},  {50, 50, 50},   {50.0001f, 50, 50}, {50, 51, 50}};
 }
 
 SoupCorners UnitCube()
@@ -345,14 +345,15 @@ TEST(STLStitch, JoinsCornersCloserThanTheSmallestEdgeExtent)
 
 TEST(STLStitch, ClosesGapsOfATenThousandthOfTheDiagonalThoughEdgesAreShorter)
 {
-    const Stitched mesh = Stitch(PairWithGapBesideATinyEdge(0.003f));
+    const Stitched mesh = Stitch(PairWithGapBesideATinyEdge(0, 0.003f));
     EXPECT_EQ(mesh.vertices.size(), 4u + 3u);
     EXPECT_EQ(mesh.vertices[0], Point(0, 0, 0.003f));
 }
 
 TEST(STLStitch, LeavesCornersFurtherApartThanTheToleranceAsTheyCame)
 {
-    const SoupCorners soup = PairWithGapBesideATinyEdge(0.012f);
+    // In neighbouring cells of E + D / 10000; of twice as much they would be in one.
+    const SoupCorners soup = PairWithGapBesideATinyEdge(0.0115f, 0.0235f);
     const Stitched mesh = Stitch(soup);
     EXPECT_EQ(mesh.vertices.size(), 9u);
     EXPECT_EQ(CornersOf(mesh), soup);
@@ -371,7 +372,7 @@ TEST(STLStitch, MeasuresTheFirstEdgeThoughItsFacetIsRemoved)
 TEST(STLStitch, MeasuresTheBoxWithFacetsThatAreRemoved)
 {
     const Point far(2000, 0, 0);
-    const SoupCorners soup = PairWithGapBesideATinyEdge(0.03f);
+    const SoupCorners soup = PairWithGapBesideATinyEdge(0, 0.03f);
     EXPECT_EQ(Stitch(Joined(soup, {far, far, {0, 0, 0}})).vertices.size(), 4u + 3u);
 }
 
