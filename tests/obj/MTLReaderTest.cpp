@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/common/Bytes.h"
+#include "tests/common/UnreadableFile.h"
 #include "tests/obj/OBJLoadSupport.h"
 
 namespace {
@@ -268,6 +269,16 @@ TEST(MTLReader, EmptiesTheListAndFailsForWhatIsNoPlainFile)
         EXPECT_FALSE(OBJFile::LoadMTLFile(path, materials, 0)) << path.toStdString();
         EXPECT_TRUE(materials.empty());
     }
+}
+
+TEST(MTLReader, EmptiesTheListForAFileOfWhichNoByteCanBeRead)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("unreadable.mtl"));
+    ASSERT_NO_FATAL_FAILURE(test::LinkToAnUnreadableFile(path));
+    Materials materials(2);
+    EXPECT_TRUE(OBJFile::LoadMTLFile(path, materials, 0));
+    EXPECT_TRUE(materials.empty());
 }
 
 TEST(MTLReader, LoadsTensOfThousandsOfMaterials)

@@ -12,6 +12,7 @@
 #include "tests/common/FilledMesh.h"
 #include "tests/common/GermanLocale.h"
 #include "tests/common/OpenFiles.h"
+#include "tests/common/UnreadableFile.h"
 #include "tests/obj/OBJLoadSupport.h"
 
 namespace {
@@ -50,6 +51,22 @@ Faces FacesOf(const QByteArray& text)
 Faces TextureFacesOf(const QByteArray& text)
 {
     return LoadObj(VertexLines(9) + text).TextureFaces();
+}
+
+void ExpectToBeLoadedAsAnEmptyMesh(const QString& path)
+{
+    Mesh mesh = FilledMesh();
+    Groups groups(1);
+    EXPECT_TRUE(OBJFile::LoadFile(path, mesh, groups, false, 0));
+    EXPECT_TRUE(mesh.GetVerticesVecPtr()->empty());
+    EXPECT_TRUE(mesh.GetFacesVecPtr()->empty());
+    EXPECT_TRUE(mesh.GetTexCoordVecPtr()->empty());
+    EXPECT_TRUE(mesh.GetTextureFacesVecPtr()->empty());
+    EXPECT_TRUE(mesh.GetFaceNormals().empty());
+    EXPECT_TRUE(groups.empty());
+    EXPECT_EQ(mesh.GetVertexNum(), 0);
+    EXPECT_EQ(mesh.GetFaceNum(), 0);
+    EXPECT_EQ(mesh.GetVolume(), 0);
 }
 
 } // namespace
@@ -291,19 +308,17 @@ TEST(OBJReader, EmptiesTheMeshForAFileWithoutStatements)
 {
     const Directory directory;
     for (const char* const text : {"", "\n", "# nothing\n", "\xFF\xD8\xFF\xE0", "\\"}) {
-        Mesh mesh = FilledMesh();
-        Groups groups(1);
-        EXPECT_TRUE(OBJFile::LoadFile(directory.Write(text), mesh, groups, false, 0)) << text;
-        EXPECT_TRUE(mesh.GetVerticesVecPtr()->empty());
-        EXPECT_TRUE(mesh.GetFacesVecPtr()->empty());
-        EXPECT_TRUE(mesh.GetTexCoordVecPtr()->empty());
-        EXPECT_TRUE(mesh.GetTextureFacesVecPtr()->empty());
-        EXPECT_TRUE(mesh.GetFaceNormals().empty());
-        EXPECT_TRUE(groups.empty());
-        EXPECT_EQ(mesh.GetVertexNum(), 0);
-        EXPECT_EQ(mesh.GetFaceNum(), 0);
-        EXPECT_EQ(mesh.GetVolume(), 0);
+        SCOPED_TRACE(text);
+        ExpectToBeLoadedAsAnEmptyMesh(directory.Write(text));
     }
+}
+
+TEST(OBJReader, EmptiesTheMeshForAFileOfWhichNoByteCanBeRead)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("unreadable.obj"));
+    ASSERT_NO_FATAL_FAILURE(test::LinkToAnUnreadableFile(path));
+    ExpectToBeLoadedAsAnEmptyMesh(path);
 }
 
 TEST(OBJReader, LeavesTheMeshAloneButEmptiesTheGroupsWhenItFails)

@@ -13,6 +13,7 @@
 #include "tests/common/EnvironmentVariable.h"
 #include "tests/common/FilledMesh.h"
 #include "tests/common/OpenFiles.h"
+#include "tests/common/UnreadableFile.h"
 #include "tests/stl/LoadSupport.h"
 #include "tests/stl/PlainStitcher.h"
 #include "tests/stl/SoupBuilder.h"
@@ -208,6 +209,18 @@ TEST(STLReader, RefusesWhatIsNoPlainFile)
           QStringLiteral("/dev/zero"), QStringLiteral("/dev/null")}) {
         EXPECT_FALSE(STLFile::LoadFile(path, mesh, false, 80, false)) << path.toStdString();
         EXPECT_FALSE(STLFile::LoadFile(path, mesh, false, 80, true)) << path.toStdString();
+    }
+}
+
+TEST(STLReader, FailsForAFileOfWhichNoByteCanBeReadAndLeavesTheMeshAlone)
+{
+    const Directory directory;
+    const QString path = directory.Path(QStringLiteral("unreadable.stl"));
+    ASSERT_NO_FATAL_FAILURE(test::LinkToAnUnreadableFile(path));
+    for (const bool forceBinary : {false, true}) {
+        Mesh mesh = FilledMesh();
+        EXPECT_FALSE(STLFile::LoadFile(path, mesh, false, 80, forceBinary)) << forceBinary;
+        ExpectFilledMesh(mesh);
     }
 }
 
