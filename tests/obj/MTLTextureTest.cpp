@@ -5,6 +5,7 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
+#include "tests/common/OpenFiles.h"
 #include "tests/obj/OBJLoadSupport.h"
 
 namespace {
@@ -143,6 +144,17 @@ TEST_F(MTLTextures, ThatAreNoPicturesAreEmptyButForTheirName)
     EXPECT_EQ(material.diffuseTexture.fileName, Path("text.png"));
     EXPECT_FALSE(material.opacityTexture.isValidSize());
     EXPECT_EQ(material.specularExponent, 5);
+}
+
+TEST_F(MTLTextures, AreClosedWhetherTheyArePicturesOrNot)
+{
+    WritePicture(QStringLiteral("red.png"), kRed);
+    (void)m_directory.Write("no picture", QStringLiteral("text.png"));
+    const MeshMaterialInfo material = MaterialOf("map_Kd red.png\nmap_d text.png\n");
+    EXPECT_TRUE(material.diffuseTexture.isValidSize());
+    EXPECT_FALSE(material.opacityTexture.isValidSize());
+    EXPECT_FALSE(test::IsOpen(Path("red.png")));
+    EXPECT_FALSE(test::IsOpen(Path("text.png")));
 }
 
 TEST_F(MTLTextures, WithoutANameAreIgnored)
