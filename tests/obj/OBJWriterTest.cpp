@@ -580,6 +580,26 @@ TEST(OBJWriterStream, WritesTheBodyWhereTheStreamStands)
     EXPECT_EQ(bytes, "before\n" + BodyOf(mesh, true, true) + "behind");
 }
 
+TEST(OBJWriterStreamThreads, WriteOneMeshIntoDifferentStreamsAtOnce)
+{
+    const Mesh mesh = Square();
+    QByteArray bodies[4];
+    std::vector<std::thread> threads;
+    for (QByteArray& bytes : bodies) {
+        threads.emplace_back([&] {
+            QTextStream stream(&bytes);
+            stream.setRealNumberNotation(QTextStream::FixedNotation);
+            stream.setRealNumberPrecision(6);
+            for (int i = 0; i < 20; ++i)
+                OBJFile::writeMesh(stream, {&mesh}, {true}, true);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const QByteArray& bytes : bodies)
+        EXPECT_EQ(bytes, BodyOf(mesh, true, true).repeated(20));
+}
+
 TEST(OBJWriterStream, KeepsTheNotationAndPrecisionOfTheStream)
 {
     Mesh mesh(0.03f);

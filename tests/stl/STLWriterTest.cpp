@@ -3,11 +3,13 @@
 #include <clocale>
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <locale>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -16,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "core/mesh/Mesh.h"
+#include "tests/common/EnvironmentVariable.h"
 #include "tests/common/OpenFiles.h"
 #include "tests/stl/STLBuilders.h"
 
@@ -492,6 +495,29 @@ TEST(STLWriter, WritesLargeMeshesInWholeBlocks)
         for (int c = 0; c < 3; ++c)
             ASSERT_EQ(PointIn(bytes, i, 1 + c), vertices[static_cast<std::size_t>(3 * i + c)]) << i;
     }
+}
+
+TEST(STLWriterThreads, WriteOneMeshAtOnce)
+{
+    // For the thread sanitizer, as in STLReaderThreads.
+    const test::EnvironmentVariable timeZone("TZ", "UTC");
+    tzset();
+    const Mesh mesh = RandomMesh(11, 5000);
+    const QByteArray text = TextOf(mesh), records = BinaryOf(mesh).mid(80);
+    int differences[4] = {};
+    std::vector<std::thread> threads;
+    for (int& count : differences) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10; ++i) {
+                count += TextOf(mesh) == text ? 0 : 1;
+                count += BinaryOf(mesh).mid(80) == records ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const int count : differences)
+        EXPECT_EQ(count, 0);
 }
 
 TEST(STLWriterParts, WritesTheFacetsOfAMeshIntoACallersStream)
