@@ -8,7 +8,20 @@
 
 #include "tests/stl/STLBuilders.h"
 
+namespace {
+
 using test::Directory;
+
+// A directory opens like a file at the level of the system, and no read from it succeeds.
+void OpenADirectory(QFile& file)
+{
+    const int descriptor = ::open("/", O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(descriptor, 0);
+    ASSERT_TRUE(
+        file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle));
+}
+
+} // namespace
 
 TEST(STLSkipWhiteSpace, FindsTheWordAndStandsBehindIt)
 {
@@ -60,14 +73,8 @@ TEST(STLSkipWhiteSpace, WhiteSpaceEmptiesTheProbe)
 
 TEST(STLSkipWhiteSpace, ReportsAFailedRead)
 {
-    // A directory opens like a file at the level of the system, and no read from it succeeds.
-    const Directory directory;
-    const int descriptor =
-        ::open(QFile::encodeName(directory.Path(QStringLiteral("."))).constData(), O_RDONLY | O_DIRECTORY);
-    ASSERT_GE(descriptor, 0);
     QFile file;
-    ASSERT_TRUE(
-        file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle));
+    ASSERT_NO_FATAL_FAILURE(OpenADirectory(file));
     QByteArray probe;
     EXPECT_EQ(STLFile::skipWhiteSpace(file, probe, 5), 0);
 }
@@ -110,6 +117,15 @@ TEST(STLNextToken, CutsALongTokenOffButReadsItWhole)
     EXPECT_EQ(buffer[255], '?');
     STLFile::getNextToken(file, buffer, 255);
     EXPECT_STREQ(buffer, "b");
+}
+
+TEST(STLNextToken, IsEmptyWhereReadingFails)
+{
+    QFile file;
+    ASSERT_NO_FATAL_FAILURE(OpenADirectory(file));
+    char buffer[] = {'?', '?', '?', '?'};
+    STLFile::getNextToken(file, buffer, sizeof buffer);
+    EXPECT_EQ(QByteArray(buffer, sizeof buffer), QByteArray(4, '\0'));
 }
 
 TEST(STLNextToken, TouchesNothingWithoutABuffer)
