@@ -17,6 +17,7 @@ class QXmlStreamReader;
 namespace kr::package3mf {
 class Placements;
 class SetAsideElements;
+class XmlWork;
 } // namespace kr::package3mf
 
 /// One 3MF package: meshes with their placements, unit, metadata, colours and thumbnail.
@@ -27,10 +28,13 @@ class SetAsideElements;
 /// placement goes to the meshes that they name. Colours and textures are kept for the package, not for its
 /// triangles.
 ///
-/// Time is linear in what real packages hold, but not bounded by the size of a file: Qt's XML reader compares
-/// each attribute of an element with each other, and puts what a document type declares into every element
-/// again. A package of 100 kB that was made for it takes minutes. Who reads the files of strangers does so in
-/// a process that can be ended.
+/// Time and memory are linear in what the entries inflate to. Qt's XML reader compares each attribute of an
+/// element with each other, looks for a prefix among all that are declared, and puts what a document type
+/// declares into the document again and again: a part that was made to keep it busy with that fails as one
+/// that is no well-formed XML does, when the reader has done the work of a billion comparisons of two
+/// attributes for the package, and 4 more for each byte, or before the reader begins when there is a tag of
+/// more than 20,000 attributes or a document type that declares too much anew. Nothing that programs write
+/// comes near. The Parser functions, for which the host drives the reader, stop nothing.
 ///
 /// A Model3MF can be copied; copies name the same meshes. One object must not be used by two threads at once,
 /// different ones may be.
@@ -219,14 +223,19 @@ public:
     static QString ConvertFromMatTo3MFMatStr(const Matrix4<double>& matrix);
 
 private:
-    void ReadModel(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside);
-    void ReadMetadata(QXmlStreamReader& reader);
-    void ReadObject(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside,
-                    kr::package3mf::Placements& placements);
-    void ReadMesh(QXmlStreamReader& reader, kr::package3mf::SetAsideElements& setAside, Mesh& mesh);
-    static void ReadComponents(QXmlStreamReader& reader, int componentsId,
+    bool LoadContentType(const QByteArray& data, kr::package3mf::XmlWork& work);
+    bool LoadModel(const QByteArray& data, kr::package3mf::XmlWork& work);
+    void ReadModel(QXmlStreamReader& reader, kr::package3mf::XmlWork& work,
+                   kr::package3mf::SetAsideElements& setAside);
+    void ReadMetadata(QXmlStreamReader& reader, kr::package3mf::XmlWork& work);
+    void ReadObject(QXmlStreamReader& reader, kr::package3mf::XmlWork& work,
+                    kr::package3mf::SetAsideElements& setAside, kr::package3mf::Placements& placements);
+    void ReadMesh(QXmlStreamReader& reader, kr::package3mf::XmlWork& work,
+                  kr::package3mf::SetAsideElements& setAside, Mesh& mesh);
+    static void ReadComponents(QXmlStreamReader& reader, kr::package3mf::XmlWork& work, int componentsId,
                                kr::package3mf::Placements& placements);
-    static void ReadBuild(QXmlStreamReader& reader, kr::package3mf::Placements& placements);
+    static void ReadBuild(QXmlStreamReader& reader, kr::package3mf::XmlWork& work,
+                          kr::package3mf::Placements& placements);
 
     QString m_modelExtension;
     QString m_relsExtension;

@@ -11,12 +11,14 @@
 #include "fileformat/3mf/Placements_p.h"
 #include "fileformat/3mf/SetAside_p.h"
 #include "fileformat/3mf/Textures_p.h"
+#include "fileformat/3mf/XmlWork_p.h"
 
 namespace {
 
 using kr::package3mf::ElementRow;
 using kr::package3mf::Placements;
 using kr::package3mf::SetAsideElements;
+using kr::package3mf::XmlWork;
 
 constexpr float kReaderMergeDistanceMm = 0.03f;
 
@@ -29,10 +31,10 @@ bool HasOneOfNames(const QXmlStreamReader& reader, Names names)
 }
 
 // Goes on to a token with one of the names, be it a start or an end tag.
-void AdvanceTo(QXmlStreamReader& reader, Names names)
+void AdvanceTo(QXmlStreamReader& reader, XmlWork& work, Names names)
 {
     do {
-        reader.readNext();
+        work.ReadNext(reader);
     } while (!reader.atEnd() && !HasOneOfNames(reader, names));
 }
 
@@ -117,9 +119,10 @@ void ReadIfPresent(const Attributes& attributes, const char* name, double& value
 
 void ReadCoordinates(QXmlStreamReader& reader, Model3MF::TextureGroup& group)
 {
+    XmlWork work;
     std::pair<double, double> coordinate(0.0, 0.0);
-    AdvanceTo(reader, {"tex2coord", "texture2dgroup"});
-    for (; !IsEndOf(reader, "texture2dgroup"); reader.readNext()) {
+    AdvanceTo(reader, work, {"tex2coord", "texture2dgroup"});
+    for (; !IsEndOf(reader, "texture2dgroup"); work.ReadNext(reader)) {
         if (!IsStartOf(reader, "tex2coord"))
             continue;
         const Attributes attributes(reader);
@@ -133,75 +136,85 @@ void ReadCoordinates(QXmlStreamReader& reader, Model3MF::TextureGroup& group)
 
 bool Model3MF::LoadModel(const QByteArray& data)
 {
+    XmlWork work;
+    return LoadModel(data, work);
+}
+
+bool Model3MF::LoadModel(const QByteArray& data, XmlWork& work)
+{
+    if (!work.Begin(data))
+        return false;
     SetAsideElements setAside(data);
     QXmlStreamReader reader(setAside.Remainder());
-    ReadModel(reader, setAside);
+    ReadModel(reader, work, setAside);
     if (reader.hasError())
         return false;
     ReadComponentsformId();
     return true;
 }
 
-void Model3MF::ReadModel(QXmlStreamReader& reader, SetAsideElements& setAside)
+void Model3MF::ReadModel(QXmlStreamReader& reader, XmlWork& work, SetAsideElements& setAside)
 {
     Placements placements(m_objects);
     while (!reader.atEnd()) {
-        if (reader.readNext() != QXmlStreamReader::StartElement)
+        if (work.ReadNext(reader) != QXmlStreamReader::StartElement)
             continue;
         const Attributes attributes(reader);
         if (reader.name() == QLatin1String("model"))
             m_unit = attributes.Text("unit");
         else if (reader.name() == QLatin1String("metadata"))
-            ReadMetadata(reader);
+            ReadMetadata(reader, work);
         else if (reader.name() == QLatin1String("basematerials"))
             m_material.id = attributes.Integer("id");
         else if (reader.name() == QLatin1String("base"))
             m_material.colors.push_back(attributes.Text("displaycolor"));
         else if (reader.name() == QLatin1String("object"))
-            ReadObject(reader, setAside, placements);
+            ReadObject(reader, work, setAside, placements);
         else if (reader.name() == QLatin1String("build"))
-            ReadBuild(reader, placements);
+            ReadBuild(reader, work, placements);
     }
 }
 
-void Model3MF::ReadMetadata(QXmlStreamReader& reader)
+void Model3MF::ReadMetadata(QXmlStreamReader& reader, XmlWork& work)
 {
     const QString name = Attributes(reader).Text("name");
-    if (reader.readNext() == QXmlStreamReader::Characters)
+    if (work.ReadNext(reader) == QXmlStreamReader::Characters)
         AddDescription(name, reader.text().toString());
 }
 
 bool Model3MF::ParserObject(QXmlStreamReader& reader)
 {
+    XmlWork work(XmlWork::kUnlimited);
     SetAsideElements nothing;
     Placements placements(m_objects);
-    ReadObject(reader, nothing, placements);
+    ReadObject(reader, work, nothing, placements);
     return true;
 }
 
-void Model3MF::ReadObject(QXmlStreamReader& reader, SetAsideElements& setAside, Placements& placements)
+void Model3MF::ReadObject(QXmlStreamReader& reader, XmlWork& work, SetAsideElements& setAside,
+                          Placements& placements)
 {
     const Attributes attributes(reader);
     const int id = attributes.Integer("id");
     const QString name = attributes.Text("name");
-    AdvanceTo(reader, {"components", "mesh", "object"});
+    AdvanceTo(reader, work, {"components", "mesh", "object"});
     if (reader.name() == QLatin1String("components")) {
-        ReadComponents(reader, id, placements);
+        ReadComponents(reader, work, id, placements);
         return;
     }
     auto mesh = std::make_unique<Mesh>(kReaderMergeDistanceMm);
     mesh->SetObjectID(id);
     mesh->SetObjectName(name);
-    ReadMesh(reader, setAside, *mesh);
+    ReadMesh(reader, work, setAside, *mesh);
     m_objects.push_back(mesh.get());
     (void)mesh.release();
 }
 
-void Model3MF::ReadMesh(QXmlStreamReader& reader, SetAsideElements& setAside, Mesh& mesh)
+void Model3MF::ReadMesh(QXmlStreamReader& reader, XmlWork& work, SetAsideElements& setAside, Mesh& mesh)
 {
     std::vector<Vector3D<float>>& vertices = *mesh.GetVerticesVecPtr();
     std::vector<TriangleFace>& faces = *mesh.GetFacesVecPtr();
-    for (; !IsEndOf(reader, "object"); reader.readNext()) {
+    for (; !IsEndOf(reader, "object"); work.ReadNext(reader)) {
         if (IsStartOf(reader, "vertex"))
             vertices.push_back(VertexFrom(Attributes(reader)));
         else if (IsStartOf(reader, "triangle"))
@@ -218,15 +231,17 @@ void Model3MF::ReadMesh(QXmlStreamReader& reader, SetAsideElements& setAside, Me
 
 bool Model3MF::ParserComponent(QXmlStreamReader& reader, int componentsId)
 {
+    XmlWork work(XmlWork::kUnlimited);
     Placements placements(m_objects);
-    ReadComponents(reader, componentsId, placements);
+    ReadComponents(reader, work, componentsId, placements);
     return true;
 }
 
-void Model3MF::ReadComponents(QXmlStreamReader& reader, int componentsId, Placements& placements)
+void Model3MF::ReadComponents(QXmlStreamReader& reader, XmlWork& work, int componentsId,
+                              Placements& placements)
 {
-    AdvanceTo(reader, {"component", "components"});
-    for (; !IsEndOf(reader, "object"); reader.readNext()) {
+    AdvanceTo(reader, work, {"component", "components"});
+    for (; !IsEndOf(reader, "object"); work.ReadNext(reader)) {
         if (!IsStartOf(reader, "component"))
             continue;
         const Attributes attributes(reader);
@@ -240,15 +255,16 @@ void Model3MF::ReadComponents(QXmlStreamReader& reader, int componentsId, Placem
 
 bool Model3MF::ParserBuild(QXmlStreamReader& reader)
 {
+    XmlWork work(XmlWork::kUnlimited);
     Placements placements(m_objects);
-    ReadBuild(reader, placements);
+    ReadBuild(reader, work, placements);
     return true;
 }
 
-void Model3MF::ReadBuild(QXmlStreamReader& reader, Placements& placements)
+void Model3MF::ReadBuild(QXmlStreamReader& reader, XmlWork& work, Placements& placements)
 {
-    AdvanceTo(reader, {"item", "build"});
-    for (; !IsEndOf(reader, "build"); reader.readNext()) {
+    AdvanceTo(reader, work, {"item", "build"});
+    for (; !IsEndOf(reader, "build"); work.ReadNext(reader)) {
         const Attributes attributes(reader);
         if (!IsStartOf(reader, "item") || !attributes.Has("transform"))
             continue;

@@ -1,14 +1,15 @@
 #include <algorithm>
+#include <functional>
 #include <vector>
-
-#include <QXmlStreamReader>
 
 #include "fileformat/3mf/Model3MF.h"
 #include "fileformat/3mf/PackageArchive_p.h"
+#include "fileformat/3mf/XmlWork_p.h"
 
 namespace {
 
 using kr::package3mf::PackageArchive;
+using kr::package3mf::XmlWork;
 using Outcome = PackageArchive::Outcome;
 
 bool IsContentTypes(const QString& name)
@@ -23,32 +24,33 @@ bool IsImage(const QString& name)
     return hasSuffix && name.startsWith(QLatin1String("Metadata/"));
 }
 
-// Reads the part and hands it to one of the loading functions. True also when there is nothing to hand over.
-bool LoadPart(PackageArchive& archive, const PackageArchive::Entry& entry, Model3MF& package,
-              bool (Model3MF::*load)(const QByteArray&))
+using Load = std::function<bool(const QByteArray& part)>;
+
+// Reads the part and hands it over. True also when there is nothing to hand over.
+bool LoadPart(PackageArchive& archive, const PackageArchive::Entry& entry, const Load& load)
 {
     QByteArray bytes;
     const Outcome outcome = archive.Read(entry, bytes);
-    return outcome == Outcome::NotOpened || (outcome == Outcome::Complete && (package.*load)(bytes));
+    return outcome == Outcome::NotOpened || (outcome == Outcome::Complete && load(bytes));
 }
 
-bool LoadAllContentTypes(PackageArchive& archive, Model3MF& package)
+bool LoadAllContentTypes(PackageArchive& archive, const Load& load)
 {
     for (const PackageArchive::Entry& entry : archive.Entries()) {
-        if (IsContentTypes(entry.name) && !LoadPart(archive, entry, package, &Model3MF::LoadContentType))
+        if (IsContentTypes(entry.name) && !LoadPart(archive, entry, load))
             return false;
     }
     return true;
 }
 
 // Collects the images on the way.
-bool LoadAllModels(PackageArchive& archive, Model3MF& package, std::vector<PackageArchive::Entry>& images)
+bool LoadAllModels(PackageArchive& archive, const QString& extension, const Load& load,
+                   std::vector<PackageArchive::Entry>& images)
 {
-    const QString extension = package.GetModelExtension();
     for (const PackageArchive::Entry& entry : archive.Entries()) {
         // Also when no extension is known, and so every name ends with it.
         if (entry.name.endsWith(extension)) {
-            if (!LoadPart(archive, entry, package, &Model3MF::LoadModel))
+            if (!LoadPart(archive, entry, load))
                 return false;
         } else if (IsImage(entry.name)) {
             images.push_back(entry);
@@ -74,10 +76,12 @@ void KeepLastImage(PackageArchive& archive, const std::vector<PackageArchive::En
 bool Model3MF::LoadFile(const QString& fileName)
 {
     PackageArchive archive(fileName);
-    if (!LoadAllContentTypes(archive, *this))
+    XmlWork work;
+    if (!LoadAllContentTypes(archive, [&](const QByteArray& part) { return LoadContentType(part, work); }))
         return false;
     std::vector<PackageArchive::Entry> images;
-    const bool isLoaded = LoadAllModels(archive, *this, images);
+    const bool isLoaded = LoadAllModels(
+        archive, m_modelExtension, [&](const QByteArray& part) { return LoadModel(part, work); }, images);
     // Those in front of a model part that failed count.
     KeepLastImage(archive, images, *this);
     return isLoaded;
@@ -85,9 +89,17 @@ bool Model3MF::LoadFile(const QString& fileName)
 
 bool Model3MF::LoadContentType(const QByteArray& data)
 {
+    XmlWork work;
+    return LoadContentType(data, work);
+}
+
+bool Model3MF::LoadContentType(const QByteArray& data, XmlWork& work)
+{
+    if (!work.Begin(data))
+        return false;
     QXmlStreamReader reader(data);
     while (!reader.atEnd()) {
-        reader.readNext();
+        work.ReadNext(reader);
         const bool isType =
             reader.name() == QLatin1String("Default") || reader.name() == QLatin1String("Override");
         if (!reader.isStartElement() || !isType)

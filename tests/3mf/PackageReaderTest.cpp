@@ -220,6 +220,21 @@ TEST(PackageReader, FailsOnMalformedContentTypesBeforeAnyModel)
     EXPECT_TRUE(package.Image().isEmpty());
 }
 
+TEST(PackageReader, StopsWhenAllPartsTogetherKeepTheReaderBusy)
+{
+    QByteArray defaults;
+    for (int i = 0; i < 2'000; ++i)
+        defaults += "<!ATTLIST b c" + QByteArray::number(i) + " CDATA '1'>";
+    const QByteArray busy = "<!DOCTYPE model [" + defaults + "]><model><object id='1'/>" +
+                            QByteArray("<b/>").repeated(300) + "</model>";
+    OwnedPackage one;
+    EXPECT_TRUE(one.LoadBytes(UsualPackage().Add("a.model", busy).Bytes()));
+    EXPECT_EQ(ObjectIds(one).size(), 1U);
+    OwnedPackage two;
+    EXPECT_FALSE(two.LoadBytes(UsualPackage().Add("a.model", busy).Add("b.model", busy).Bytes()));
+    EXPECT_EQ(ObjectIds(two).size(), 2U);
+}
+
 TEST(PackageReader, StopsAtMalformedModelAndKeepsWhatCameBefore)
 {
     OwnedPackage package;

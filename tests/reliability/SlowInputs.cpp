@@ -196,14 +196,16 @@ QByteArray MtlOfOneStatement(int size)
 
 // ---- 3MF
 
+ZipBuilder Types()
+{
+    return ZipBuilder().Add("[Content_Types].xml",
+                            "<Types><Default Extension='model' "
+                            "ContentType='application/vnd.ms-package.3dmanufacturing-3dmodel+xml'/></Types>");
+}
+
 QByteArray Package(const QByteArray& model)
 {
-    return ZipBuilder()
-        .Add("[Content_Types].xml",
-             "<Types><Default Extension='model' "
-             "ContentType='application/vnd.ms-package.3dmanufacturing-3dmodel+xml'/></Types>")
-        .Add("3D/3dmodel.model", model)
-        .Bytes();
+    return Types().Add("3D/3dmodel.model", model).Bytes();
 }
 
 /// A package whose model part has so many bytes; deflated it has far fewer.
@@ -267,6 +269,31 @@ QByteArray PackageOfAttributesInEntities(int size)
                    "/>\">]><model>" + Repeated(size, "&e;") + "</model>");
 }
 
+QByteArray PackageOfElementsInEntities(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY e '" + Repeated(4000, "<a/>") + "'>]><model>" +
+                   Repeated(size, "&e;") + "</model>");
+}
+
+QByteArray PackageOfParameterEntities(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY % e \"" + Repeated(4000, "<!ATTLIST a b CDATA '1'>") + "\">" +
+                   Repeated(size, "%e;") + "]><model/>");
+}
+
+/// A package of so many bytes of which no part is slow on its own.
+QByteArray PackageOfBusyParts(int size)
+{
+    const QByteArray defaults =
+        Repeated(25'000, [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA '1'>"; });
+    const QByteArray part =
+        "<!DOCTYPE model [" + defaults + "]><model>" + Repeated(1000, "<a/>") + "</model>";
+    ZipBuilder package = Types();
+    for (int i = 0; i < size / 4000; ++i)
+        package.Add("3D/" + Number(i) + ".model", part);
+    return package.Bytes();
+}
+
 QByteArray PackageOfMetadata(int size)
 {
     return Package("<model>" +
@@ -283,10 +310,7 @@ QByteArray PackageOfShortRows(int size)
 /// As many entries as there is room for, all of them model parts.
 QByteArray PackageOfManyParts(int size)
 {
-    ZipBuilder zip;
-    zip.Add("[Content_Types].xml",
-            "<Types><Default Extension='model' "
-            "ContentType='application/vnd.ms-package.3dmanufacturing-3dmodel+xml'/></Types>");
+    ZipBuilder zip = Types();
     for (int i = 0; i < size / 200; ++i)
         zip.Add(Number(i) + ".model", "<model><resources><object id='1'/></resources></model>");
     return zip.Bytes();
@@ -401,6 +425,9 @@ const std::vector<SlowInput>& SlowInputs()
         {"PackageOfDefaultAttributes", "model.3mf", PackageOfDefaultAttributes, package, true},
         {"PackageOfEntities", "model.3mf", PackageOfEntities, package, true},
         {"PackageOfAttributesInEntities", "model.3mf", PackageOfAttributesInEntities, package, true},
+        {"PackageOfElementsInEntities", "model.3mf", PackageOfElementsInEntities, package, false},
+        {"PackageOfParameterEntities", "model.3mf", PackageOfParameterEntities, package, false},
+        {"PackageOfBusyParts", "model.3mf", PackageOfBusyParts, package, true},
         {"PackageOfMetadata", "model.3mf", PackageOfMetadata, package, true},
         {"PackageOfShortRows", "model.3mf", PackageOfShortRows, package, true},
         {"PackageOfManyParts", "model.3mf", PackageOfManyParts, package, true},

@@ -15,7 +15,7 @@ struct SlowInput {
     QByteArray (*make)(int size);
     /// As Reader::read of Formats.h; empty when the file is refused.
     QByteArray (*read)(const QString& path);
-    bool isRead; ///< when there is memory for it
+    bool isRead; ///< when it is small, and there is memory for it
 };
 
 const std::vector<SlowInput>& SlowInputs();
