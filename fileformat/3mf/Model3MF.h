@@ -33,8 +33,9 @@ class XmlWork;
 /// declares into the document again and again: a part that was made to keep it busy with that fails as one
 /// that is no well-formed XML does, when the reader has done the work of a billion comparisons of two
 /// attributes for the package, and 4 more for each byte, or before the reader begins when there is a tag of
-/// more than 20,000 attributes or a document type that declares too much anew. Nothing that programs write
-/// comes near. The Parser functions, for which the host drives the reader, stop nothing.
+/// more than 20,000 attributes, a document type of more than 230,000 characters or with dozens of parameter
+/// entities, references behind one to hundreds of millions of characters, or many encodings declared. Nothing
+/// that programs write comes near. The Parser functions, for which the host drives the reader, stop nothing.
 ///
 /// A Model3MF can be copied; copies name the same meshes. One object must not be used by two threads at once,
 /// different ones may be.

@@ -6,9 +6,9 @@
 
 #include <QXmlStreamReader>
 
-#include "core/common/AsciiText_p.h"
 #include "core/common/LargePages_p.h"
 #include "fileformat/3mf/PlainElements_p.h"
+#include "fileformat/3mf/XmlEncoding_p.h"
 
 namespace kr::package3mf {
 
@@ -18,40 +18,6 @@ constexpr char kTarget[] = "kr-set-aside";
 
 // Shorter rows are not worth an instruction.
 constexpr std::size_t kShortestRow = 16;
-
-// Whether an XML declaration leaves no doubt that the document is in UTF-8. The XML reader follows each of
-// several encodings in turn.
-bool DeclaresUtf8(std::string_view declaration)
-{
-    constexpr std::string_view kEncoding = "encoding";
-    constexpr std::string_view kQuotes = "'\"";
-    const std::size_t name = declaration.find(kEncoding);
-    if (name == std::string_view::npos)
-        return true;
-    const std::size_t open = declaration.find_first_of(kQuotes, name);
-    const std::size_t close = declaration.find_first_of(kQuotes, open + 1);
-    return close != std::string_view::npos && declaration.find(kEncoding, close) == std::string_view::npos &&
-           EqualsIgnoringCase(declaration.substr(open + 1, close - open - 1), "utf-8");
-}
-
-// Behind the XML declaration and the byte-order mark in front of it, or null if the document may be in
-// another encoding than UTF-8.
-const char* SkipDeclaration(std::string_view document)
-{
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    constexpr std::string_view kDeclaration = "<?xml ";
-    if (document.substr(0, kByteOrderMark.size()) == kByteOrderMark)
-        document.remove_prefix(kByteOrderMark.size());
-    // A NUL in second place tells an encoding of more bytes a character.
-    if (document.size() < 2 || document[0] != '<' || document[1] == '\0')
-        return nullptr;
-    if (document.substr(0, kDeclaration.size()) != kDeclaration)
-        return document.data();
-    const std::size_t size = document.find("?>");
-    if (size == std::string_view::npos || !DeclaresUtf8(document.substr(0, size)))
-        return nullptr;
-    return document.data() + size + 2;
-}
 
 // About where a row ends that reaches to @p position at least: looks in steps whether there still are
 // elements of its kind.

@@ -24,10 +24,14 @@ public:
     explicit XmlWork(qint64 allowed = kUsual) : m_left(allowed) {}
 
     /// Begins a document.
-    /// @return false when a single token would take so long that nothing could stop the reader in time: a tag
-    ///     of more than 20,000 attributes, or a document type that declares anew what it has declared, told
-    ///     by more than 100 percent signs from it on. Tells such ones where ASCII's characters have a byte
-    ///     each
+    /// @return false when a single token could take so long that nothing would stop the reader in time:
+    ///     - a tag of more than 20,000 attributes;
+    ///     - a document type of more than some 230,000 characters, by the attributes that it may declare. A
+    ///       percent sign makes all that follows a part of it, and may stand for all of it, up to the 4,096
+    ///       characters that Qt puts in its place at most;
+    ///     - references ("&") behind a document type to more than some 270 million characters, each counted
+    ///       like a percent sign;
+    ///     - a declaration of many encodings, for each of which the reader decodes all again.
     [[nodiscard]] bool Begin(const QByteArray& document);
 
     /// Reads the next token, as QXmlStreamReader::readNext() does. When that was too much, the reader has an

@@ -1,7 +1,12 @@
 #include "fileformat/3mf/XmlWork_p.h"
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
+#include <QTextCodec>
+
+#include "fileformat/3mf/XmlEncoding_p.h"
 #include "tests/3mf/ModelSupport.h"
 
 namespace {
@@ -74,13 +79,69 @@ TEST(XmlWork, OnlyValuesOfATagAreCounted)
         EXPECT_TRUE(IsModel(document)) << document.left(20).toStdString();
 }
 
-TEST(XmlWork, ADocumentTypeDeclaresAnewAHundredTimesAtMost)
+TEST(XmlWork, ADocumentTypeIsNoLongerThanTheAttributesThatCanBeCompared)
+{
+    const auto declared = [](int count) {
+        return Repeated(count, [](int i) { return "<!ATTLIST a b" + QByteArray::number(i) + " CDATA ''>"; });
+    };
+    for (const char* const before :
+         {"", "<?xml version='1.0'?>\n", "<!-- <!DOCTYPE < --><?a < ?>", "<!--'--><?a [?>\n"}) {
+        EXPECT_TRUE(IsModel(before + DocumentType(declared(7'000)) + "<model/>"));
+        EXPECT_FALSE(IsModel(before + DocumentType(declared(10'000)) + "<model/>"));
+    }
+    EXPECT_FALSE(IsModel(
+        DocumentType(
+            "<!ATTLIST a" +
+            Repeated(20'000, [](int i) { return " b" + QByteArray::number(i) + " CDATA #IMPLIED"; }) + ">") +
+        "<model/>"));
+}
+
+TEST(XmlWork, ADocumentTypeEndsWithItsOwnBracket)
+{
+    const QByteArray text = "<model>" + QByteArray("]]&gt;&#39;").repeated(50'000) + "</model>";
+    for (const char* const declared :
+         {"", "<!ENTITY e ']>'>", "<!--]>-->", "<!ENTITY e \"'\">", "<?a ]>?>", "<!ATTLIST a b CDATA '>' >"})
+        EXPECT_TRUE(IsModel(DocumentType(declared) + text)) << declared;
+    EXPECT_TRUE(IsModel("<!DOCTYPE model>" + text));
+    EXPECT_TRUE(IsModel("<!DOCTYPE model SYSTEM '[>'>" + text));
+    EXPECT_TRUE(IsModel("<!-- <!DOCTYPE --><model>" + QByteArray("%").repeated(300'000) + "</model>"));
+}
+
+TEST(XmlWork, AParameterEntityCountsAsAllThatItMayStandFor)
 {
     const QByteArray declared = "<!ENTITY % e '<!-- -->'>";
-    EXPECT_TRUE(IsModel(DocumentType(declared + QByteArray("%e;").repeated(99)) + "<model/>"));
-    for (const char* const before : {"", "<?xml version='1.0'?>\n", "<!-- <!DOCTYPE < --><?a < ?>"})
-        EXPECT_FALSE(IsModel(before + DocumentType(declared + QByteArray("%e;").repeated(100)) + "<model/>"));
-    EXPECT_TRUE(IsModel("<!-- <!DOCTYPE --><model>" + QByteArray("%").repeated(1'000) + "</model>"));
+    const QByteArray filled = declared + "<!--" + QByteArray(4'000, 'x') + "-->";
+    EXPECT_TRUE(IsModel(DocumentType(filled + QByteArray("%e;").repeated(50)) + "<model/>"));
+    EXPECT_FALSE(IsModel(DocumentType(filled + QByteArray("%e;").repeated(60)) + "<model/>"));
+    EXPECT_TRUE(IsModel(DocumentType(declared + QByteArray("%e;").repeated(200)) + "<model/>"));
+    // Its literal ends behind what looks like the end of the document type.
+    EXPECT_FALSE(IsModel(DocumentType("<!ENTITY % e '<!ENTITY f \"'>%e;]><model/>\">" +
+                                      QByteArray("<!ATTLIST a b CDATA ''>").repeated(15'000)) +
+                         "<model/>"));
+}
+
+TEST(XmlWork, AttributesInAnEntityCountHoweverTheyAreWritten)
+{
+    const QByteArray many = Attributes(40'000), few = Attributes(300);
+    for (const char* const begin : {"<b", "&#60;b", "&#x3c;b"}) {
+        EXPECT_FALSE(XmlWork().Begin(DocumentType("<!ENTITY e \"" + (begin + many) + "/>\">") + "<model/>"))
+            << begin;
+        EXPECT_TRUE(IsModel(DocumentType("<!ENTITY e \"" + (begin + few) + "/>\">") + "<model>&e;</model>"))
+            << begin;
+    }
+}
+
+TEST(XmlWork, WhatEntitiesPutIntoATokenIsCountedBeforehand)
+{
+    const QByteArray declared = DocumentType("<!ENTITY e '" + QByteArray(4'000, 'x') + "'>");
+    const auto document = [&](const char* before, int count, const char* behind) {
+        return declared + "<model>" + before + QByteArray("&e;").repeated(count) + behind + "</model>";
+    };
+    for (const auto& [before, behind] : {std::pair("", ""), std::pair("<a b='", "'/>")}) {
+        EXPECT_TRUE(IsModel(document(before, 1'000, behind)));
+        EXPECT_FALSE(XmlWork().Begin(document(before, 80'000, behind)));
+    }
+    EXPECT_TRUE(IsModel("<model>" + QByteArray("&amp;").repeated(200'000) + "</model>"));
 }
 
 TEST(XmlWork, DocumentsWithoutATypeNeedNoAllowance)
@@ -129,7 +190,7 @@ TEST(XmlWork, WhatADocumentTypeDeclaresIsCounted)
 TEST(XmlWork, AModelThatIsStoppedKeepsTheMeshesInFront)
 {
     const QByteArray defaults =
-        Repeated(5'000, [](int i) { return "<!ATTLIST b c" + QByteArray::number(i) + " CDATA '1'>"; });
+        Repeated(7'000, [](int i) { return "<!ATTLIST b c" + QByteArray::number(i) + " CDATA '1'>"; });
     const QByteArray object = "<object id='1'><mesh><vertex x='4'/></mesh></object>";
     OwnedModel model;
     EXPECT_FALSE(model.LoadModel(DocumentType(defaults) + "<model>" + object +
@@ -138,4 +199,121 @@ TEST(XmlWork, AModelThatIsStoppedKeepsTheMeshesInFront)
     EXPECT_EQ(model.GetObjects()[0]->GetVertexNum(), 1);
     EXPECT_FALSE(model.LoadContentType(DocumentType(defaults) + "<Types>" +
                                        QByteArray("<b/>").repeated(1'000) + "</Types>"));
+}
+
+namespace {
+
+// An encoding, and how a document in it begins.
+struct Encoding {
+    const char* codec;
+    QByteArray begin;
+};
+
+QByteArray Declaration(const QByteArray& encodings)
+{
+    return "<?xml version='1.0'" + encodings + "?>";
+}
+
+const Encoding kEncodings[] = {
+    {"UTF-16LE", "\xFF\xFE"},
+    {"UTF-16BE", "\xFE\xFF"},
+    {"UTF-16LE", ""},
+    {"UTF-16BE", ""},
+    {"IBM037", Declaration(" encoding='IBM037'")},
+    {"HZ-GB-2312", Declaration(QByteArray(9'000, ' ') + "encoding='HZ-GB-2312'")},
+    {"Shift_JIS", Declaration(" encoding='Shift_JIS' standalone='yes'")},
+    {"ISO-8859-1", Declaration(" encoding='ISO-8859-1'")},
+    {"UTF-7", Declaration(" encoding='UTF-8' encoding='UTF-7'")},
+    {"UTF-8", Declaration(" encoding='utf8'")},
+    {"UTF-8", " "},
+};
+
+QByteArray Encoded(const Encoding& encoding, const QByteArray& text)
+{
+    const std::unique_ptr<QTextEncoder> encoder(
+        QTextCodec::codecForName(encoding.codec)->makeEncoder(QTextCodec::IgnoreHeader));
+    return encoding.begin + encoder->fromUnicode(QString::fromUtf8(text));
+}
+
+} // namespace
+
+TEST(XmlWork, DocumentsAreDecodedAsTheReaderDoes)
+{
+    const auto tokensOf = [](QXmlStreamReader&& reader) {
+        QStringList tokens;
+        while (!reader.atEnd()) {
+            reader.readNext();
+            tokens << reader.tokenString() + reader.name() + reader.attributes().value(QStringLiteral("a")) +
+                          reader.text();
+        }
+        return tokens;
+    };
+    const QByteArray text = "<model><b a='1'>text</b><!-- c --></model>";
+    for (const Encoding& encoding : kEncodings) {
+        const QByteArray document = Encoded(encoding, text);
+        const auto decoded = kr::package3mf::DecodedBehindDeclaration(document);
+        ASSERT_TRUE(decoded) << encoding.codec;
+        EXPECT_EQ(tokensOf(QXmlStreamReader(QString::fromStdString(*decoded))),
+                  tokensOf(QXmlStreamReader(document)))
+            << encoding.codec;
+    }
+}
+
+TEST(XmlWork, DocumentsAreJudgedInTheirEncoding)
+{
+    // Some of the bytes of these characters are quotes, angle brackets and percent signs elsewhere.
+    const QByteArray odd = "\xE2\x88\xBC\xE3\xB8\xBC\xE2\x88\xBE\xE2\x9C\xA5";
+    for (const Encoding& encoding : kEncodings) {
+        const auto encoded = [&](const QByteArray& text) { return Encoded(encoding, text); };
+        const QByteArray begin = encoding.begin.left(40);
+        EXPECT_TRUE(IsModel(encoded("<model a=''/>"))) << begin.toStdString();
+        EXPECT_TRUE(XmlWork().Begin(encoded("<model a='" + odd.repeated(50'000) + "'/>")))
+            << begin.toStdString();
+        EXPECT_TRUE(XmlWork().Begin(encoded("<model" + Attributes(19'999) + "/>"))) << begin.toStdString();
+        EXPECT_FALSE(XmlWork().Begin(encoded("<model" + Attributes(20'001) + "/>"))) << begin.toStdString();
+        EXPECT_FALSE(XmlWork().Begin(encoded("<model a='" + odd + "'" + Attributes(20'001) + "/>")))
+            << begin.toStdString();
+        const QByteArray type = DocumentType("<!ENTITY % e ''>" + QByteArray("%e;").repeated(2'000));
+        EXPECT_FALSE(XmlWork().Begin(encoded(type + "<model/>"))) << begin.toStdString();
+    }
+}
+
+// Qt's reader goes on in the encoding that it had, and then reads all anew in UTF-8.
+TEST(XmlWork, DocumentsThatChangeToUtf8AreJudgedInBothEncodings)
+{
+    const QByteArray tag = "<model" + Attributes(20'001) + "/>";
+    const Encoding utf16 = {"UTF-16LE", "\xFF\xFE"};
+    const QByteArray declaration = Declaration(" encoding='UTF-8'");
+    EXPECT_TRUE(XmlWork().Begin(Encoded(utf16, declaration + "<model/>")));
+    EXPECT_FALSE(XmlWork().Begin(Encoded(utf16, declaration + tag)));
+    EXPECT_TRUE(XmlWork().Begin(Encoded(utf16, declaration + "<model/>") + "<model/>"));
+    EXPECT_FALSE(XmlWork().Begin(Encoded(utf16, declaration + "<model/>") + tag));
+
+    const QByteArray changing = Declaration(" encoding='IBM037' encoding='UTF-8'");
+    EXPECT_FALSE(XmlWork().Begin(changing + tag));
+    EXPECT_FALSE(XmlWork().Begin(Encoded({"IBM037", changing}, tag)));
+    EXPECT_TRUE(XmlWork().Begin(changing + "<model/>"));
+    OwnedModel model;
+    EXPECT_FALSE(model.LoadModel(Declaration(" encoding='windows-1252' encoding='UTF-8'") +
+                                 "<model><object id='1'><mesh/></object></model>"));
+    EXPECT_EQ(model.GetObjects().size(), 1U);
+}
+
+TEST(XmlWork, ADocumentOfManyEncodingsIsDecodedSoOftenOnly)
+{
+    const QByteArray two = " encoding='UTF-7' encoding='ISO-8859-1'";
+    const QByteArray large = "<model>" + QByteArray(1 << 20, ' ') + "</model>";
+    EXPECT_TRUE(IsModel(Declaration(two.repeated(100)) + "<model/>"));
+    EXPECT_TRUE(IsModel(Declaration(two.repeated(2)) + large));
+    EXPECT_FALSE(IsModel(Declaration(two.repeated(200)) + large));
+}
+
+TEST(XmlWork, DocumentsInAnUnknownEncodingAreLeftToTheReader)
+{
+    const QByteArray document = Declaration(" encoding='no-such'") + "<model/>";
+    EXPECT_TRUE(XmlWork().Begin(document));
+    EXPECT_FALSE(IsModel(document));
+    for (const QByteArray& odd : {QByteArray(), QByteArray("<"), QByteArray("\xFF\xFE"),
+                                  QByteArray("<?xml encoding='UTF-16' "), QByteArray("\0<", 2)})
+        EXPECT_TRUE(XmlWork().Begin(odd));
 }

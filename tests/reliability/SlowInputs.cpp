@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 
+#include <QTextCodec>
 #include <QtEndian>
 
 #include "tests/3mf/ZipBuilder.h"
@@ -243,22 +244,87 @@ QByteArray PackageOfNamespaces(int size)
     return Package(Repeated(size, [](int i) { return "<a xmlns:p" + Number(i) + "='u'>"; }));
 }
 
+QByteArray Attributes(int size)
+{
+    return Repeated(size, [](int i) { return " a" + Number(i) + "=''"; });
+}
+
 QByteArray PackageOfAttributes(int size)
 {
-    return Package("<model " + Repeated(size, [](int i) { return " a" + Number(i) + "=''"; }) + "></model>");
+    return Package("<model" + Attributes(size) + "></model>");
+}
+
+QByteArray InUtf16(const QByteArray& text)
+{
+    return QTextCodec::codecForName("UTF-16")->fromUnicode(QString::fromLatin1(text));
+}
+
+QByteArray PackageOfAttributesInUtf16(int size)
+{
+    return Package(InUtf16("<model" + Attributes(size / 2) + "></model>"));
+}
+
+/// In an encoding where no character of a tag is what it is in ASCII.
+QByteArray PackageOfAttributesInEbcdic(int size)
+{
+    return Package("<?xml version='1.0' encoding='IBM037'?>" +
+                   QTextCodec::codecForName("IBM037")->fromUnicode(
+                       QString::fromLatin1("<model" + Attributes(size) + "></model>")));
+}
+
+/// The reader decodes a document again for each encoding that it declares.
+QByteArray PackageOfEncodings(int size)
+{
+    return Package("<?xml version='1.0'" + Repeated(size / 2, " encoding='UTF-7' encoding='IBM037'") +
+                   "?><model>" + QByteArray(size / 2, ' ') + "</model>");
+}
+
+// As much as the library lets pass before Qt's reader begins.
+constexpr int kLongestDocumentType = 220'000;
+constexpr int kMostReferences = 60'000;
+
+/// Tags that are just not too long.
+QByteArray PackageOfLongTags(int size)
+{
+    QByteArray tag = "<a";
+    for (int i = 0; i < 20'000; ++i)
+        tag += " a" + Number(i) + "=''";
+    return Package("<model>" + QByteArray(tag + "/>").repeated(qMax(size / tag.size(), 1)) + "</model>");
 }
 
 QByteArray PackageOfDefaultAttributes(int size)
 {
     return Package("<!DOCTYPE model [" +
-                   Repeated(size * 3 / 4, [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA '1'>"; }) +
+                   Repeated(qMin(size * 3 / 4, kLongestDocumentType),
+                            [](int i) { return "<!ATTLIST a b" + Number(i) + " CDATA '1'>"; }) +
                    "]><model>" + Repeated(size / 4, "<a/>") + "</model>");
+}
+
+QByteArray PackageOfDeclaredAttributes(int size)
+{
+    return Package("<!DOCTYPE model [<!ATTLIST a" +
+                   Repeated(qMin(size, kLongestDocumentType),
+                            [](int i) { return " b" + Number(i) + " CDATA #IMPLIED"; }) +
+                   ">]><model/>");
+}
+
+QByteArray PackageOfAttributesInAnEntity(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY e \"&#60;a" + Attributes(qMin(size, kLongestDocumentType)) +
+                   "/>\">]><model>&e;</model>");
+}
+
+QByteArray PackageOfEntitiesInAnAttribute(int size)
+{
+    return Package("<!DOCTYPE model [<!ENTITY e '" + QByteArray(4000, 'e') + "'>]><model unit='" +
+                   Repeated(qMin(size, 3 * kMostReferences), "&e;") + "'/>");
 }
 
 QByteArray PackageOfEntities(int size)
 {
     return Package("<!DOCTYPE model [<!ENTITY e '" + QByteArray(4000, 'e') +
-                   "'>]><model><metadata name='n'>" + Repeated(size, "&e;") + "</metadata></model>");
+                   "'>]><model><metadata name='n'>" + Repeated(qMin(size, 3 * kMostReferences), "&e;") +
+                   "</metadata></model>");
 }
 
 /// Qt expands no entity of more than 4096 characters.
@@ -266,13 +332,13 @@ QByteArray PackageOfAttributesInEntities(int size)
 {
     return Package("<!DOCTYPE model [<!ENTITY e \"<a" +
                    Repeated(qMin(size / 20, 4000), [](int i) { return " a" + Number(i) + "=''"; }) +
-                   "/>\">]><model>" + Repeated(size, "&e;") + "</model>");
+                   "/>\">]><model>" + Repeated(qMin(size, 3 * kMostReferences), "&e;") + "</model>");
 }
 
 QByteArray PackageOfElementsInEntities(int size)
 {
     return Package("<!DOCTYPE model [<!ENTITY e '" + Repeated(4000, "<a/>") + "'>]><model>" +
-                   Repeated(size, "&e;") + "</model>");
+                   Repeated(qMin(size, 3 * kMostReferences), "&e;") + "</model>");
 }
 
 QByteArray PackageOfParameterEntities(int size)
@@ -422,6 +488,13 @@ const std::vector<SlowInput>& SlowInputs()
         {"PackageOfDeepElements", "model.3mf", PackageOfDeepElements, package, false},
         {"PackageOfNamespaces", "model.3mf", PackageOfNamespaces, package, false},
         {"PackageOfAttributes", "model.3mf", PackageOfAttributes, package, true},
+        {"PackageOfLongTags", "model.3mf", PackageOfLongTags, package, true},
+        {"PackageOfAttributesInUtf16", "model.3mf", PackageOfAttributesInUtf16, package, true},
+        {"PackageOfAttributesInEbcdic", "model.3mf", PackageOfAttributesInEbcdic, package, true},
+        {"PackageOfEncodings", "model.3mf", PackageOfEncodings, package, false},
+        {"PackageOfDeclaredAttributes", "model.3mf", PackageOfDeclaredAttributes, package, true},
+        {"PackageOfAttributesInAnEntity", "model.3mf", PackageOfAttributesInAnEntity, package, false},
+        {"PackageOfEntitiesInAnAttribute", "model.3mf", PackageOfEntitiesInAnAttribute, package, true},
         {"PackageOfDefaultAttributes", "model.3mf", PackageOfDefaultAttributes, package, true},
         {"PackageOfEntities", "model.3mf", PackageOfEntities, package, true},
         {"PackageOfAttributesInEntities", "model.3mf", PackageOfAttributesInEntities, package, true},
