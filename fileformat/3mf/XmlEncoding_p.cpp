@@ -46,6 +46,12 @@ const QTextCodec* CodecOfBegin(std::string_view document)
     return QTextCodec::codecForMib(other == std::end(kOthers) ? kUtf8 : other->mib);
 }
 
+bool BeginsDeclaration(const QString& text)
+{
+    const QLatin1String begin("<?xml");
+    return text.startsWith(begin) && text.size() > begin.size() && text[begin.size()].isSpace();
+}
+
 // The XML declaration, in the encoding that the document begins with; empty when there is none. What would
 // have "?>" before its end, or anything in front of it, the reader refuses.
 QString DeclarationOf(const QByteArray& document, const QTextCodec* codec)
@@ -57,7 +63,7 @@ QString DeclarationOf(const QByteArray& document, const QTextCodec* codec)
         const qint64 beginSize = std::min<qint64>(size, document.size());
         const QString begin = decoder->toUnicode(document.constData(), static_cast<int>(beginSize));
         const int end = begin.indexOf(QLatin1String("?>"));
-        if (!begin.startsWith(QLatin1String("<?xml")) || (end < 0 && size >= document.size()))
+        if (!BeginsDeclaration(begin) || (end < 0 && size >= document.size()))
             return {};
         if (end >= 0)
             return begin.left(end + 2);

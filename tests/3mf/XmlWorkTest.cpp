@@ -308,6 +308,15 @@ TEST(XmlWork, ADocumentOfManyEncodingsIsDecodedSoOftenOnly)
     EXPECT_FALSE(IsModel(Declaration(two.repeated(200)) + large));
 }
 
+TEST(XmlWork, AProcessingInstructionDeclaresNoEncoding)
+{
+    const QByteArray instruction = "<?xml-stylesheet version='1.0' encoding='IBM037'?>";
+    for (const Encoding& encoding : {Encoding{"UTF-16LE", "\xFF\xFE"}, Encoding{"UTF-8", "\n"}}) {
+        EXPECT_TRUE(IsModel(Encoded(encoding, instruction + "<model/>")));
+        EXPECT_FALSE(XmlWork().Begin(Encoded(encoding, instruction + "<model" + Attributes(20'001) + "/>")));
+    }
+}
+
 TEST(XmlWork, DocumentsInAnUnknownEncodingAreLeftToTheReader)
 {
     const QByteArray document = Declaration(" encoding='no-such'") + "<model/>";
