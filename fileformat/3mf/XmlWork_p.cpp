@@ -24,13 +24,13 @@ constexpr qint64 WorkOfNames(qint64 count)
     return names * names / 2;
 }
 
-// What stands in quotes in the start tag at @p tag; 0 for anything else that begins with '<'. Counts no
-// further than needed.
+// What stands in quotes in the start tag at @p tag; 0 for anything else that begins with '<', behind which
+// there has to be something. Counts no further than needed.
 int CountValues(const char* tag, const char* end)
 {
     constexpr std::string_view kNoStartTag = "!?/";
     const char* position = tag + 1;
-    if (position == end || kNoStartTag.find(*position) != std::string_view::npos)
+    if (kNoStartTag.find(*position) != std::string_view::npos)
         return 0;
     int count = 0;
     for (; position != end && *position != '>' && count <= kMostAttributes; ++position) {

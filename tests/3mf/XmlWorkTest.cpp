@@ -70,6 +70,16 @@ TEST(XmlWork, ATagOfTooManyAttributesIsFoundAnywhere)
             << count;
 }
 
+TEST(XmlWork, UnfinishedTagsAreLeftToTheReader)
+{
+    const QByteArray blanks(100'000, ' ');
+    for (const QByteArray& document : {"<model" + Attributes(15'000) + blanks, "<model a='" + blanks,
+                                       "<model>" + blanks + "<", blanks + "<"}) {
+        EXPECT_TRUE(XmlWork().Begin(document)) << document.left(20).toStdString();
+        EXPECT_FALSE(IsModel(document)) << document.left(20).toStdString();
+    }
+}
+
 TEST(XmlWork, OnlyValuesOfATagAreCounted)
 {
     const QByteArray quotes(300'001, '\'');
