@@ -119,7 +119,7 @@ void ReadIfPresent(const Attributes& attributes, const char* name, double& value
 
 void ReadCoordinates(QXmlStreamReader& reader, Model3MF::TextureGroup& group)
 {
-    XmlWork work;
+    XmlWork work(XmlWork::kUnlimited);
     std::pair<double, double> coordinate(0.0, 0.0);
     AdvanceTo(reader, work, {"tex2coord", "texture2dgroup"});
     for (; !IsEndOf(reader, "texture2dgroup"); work.ReadNext(reader)) {

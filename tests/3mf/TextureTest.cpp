@@ -37,6 +37,17 @@ TEST(Model3MFTexture, KeepsCoordinatesInTheirOrder)
         (Coordinates{{0.5, 1}, {-2.25, 0.001}, {0.1, 7}}));
 }
 
+// The host drives the reader, and stops it when it likes.
+TEST(Model3MFTexture, GoesOnWhateverWorkTheDocumentMakes)
+{
+    constexpr int kDepth = 34'000;
+    QByteArray nested;
+    for (int i = 0; i < kDepth; ++i)
+        nested += "<a xmlns:n" + QByteArray::number(i) + "='u'>";
+    nested += QByteArray("</a>").repeated(kDepth);
+    EXPECT_EQ(CoordinatesOf(nested + "<tex2coord u='1' v='2'/>"), (Coordinates{{1, 2}}));
+}
+
 TEST(Model3MFTexture, RepeatsTheLatestValueForAMissingOne)
 {
     EXPECT_EQ(CoordinatesOf("<tex2coord u='1' v='2'/><tex2coord v='3'/><tex2coord u='4'/><tex2coord/>"),
